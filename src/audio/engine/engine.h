@@ -1,0 +1,55 @@
+#pragma once
+
+// The audio engine: mixes every playing sound instance into one stream of 32-bit float stereo at
+// the engine's rate. It is pulled: an output (SDL callback, null pacer, offline file writer) calls
+// render() and nothing else. It has no device of its own and knows nothing of worlds.
+//
+// Lifecycle: construct with the output's rate -> openInstance() any number of times [main] ->
+// an output calls render() [RT] while the main thread calls service() once per timer tick ->
+// destroy instances -> destroy the engine after the output has stopped pulling.
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "util/status.h"
+
+namespace sylvora::audio {
+
+class SoundInstance;
+
+class Engine {
+public:
+    static constexpr int DEFAULT_SAMPLE_RATE = 48000;
+
+    explicit Engine(int sampleRate = DEFAULT_SAMPLE_RATE);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    int sampleRate() const noexcept;
+
+    // [main] Opens a sound file as a new, independent instance, stopped at its beginning.
+    // A file that no decoder reads gives a nonzero status and no instance.
+    OSStatus openInstance(const std::string& path, std::unique_ptr<SoundInstance>& out);
+
+    // [RT] Mixes `frames` frames of interleaved stereo into `interleaved` (overwriting it).
+    // Never locks, allocates, logs or touches a file.
+    void render(float* interleaved, std::size_t frames) noexcept;
+
+    // [main] Services all instances once (the timer's per-tick call): publishes the ends of plays,
+    // frees what the audio thread released and wakes the streaming thread.
+    void service();
+
+    // [any] Blocks of a streaming instance that were not ready in time (played as silence).
+    std::uint64_t underruns() const noexcept;
+
+    struct Impl;
+    Impl& impl() noexcept { return *impl_; }
+
+private:
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace sylvora::audio

@@ -1,0 +1,37 @@
+#pragma once
+
+// One loaded, independently playable instance of a sound file: the "movie" the scheduler drives.
+// Every call here is [main]. State as the caller reads it changes at once, on the calling thread:
+// after start() the rate is nonzero; after stop() the rate is 0 and the position stays; after
+// goToBeginning() the position is 0 and isDone() is false; volume() returns the last value set.
+// Only the advancing position and the end of a play come back from the audio thread, and they
+// never undo a later call made here.
+
+#include <cstdint>
+
+namespace sylvora::audio {
+
+class SoundInstance {
+public:
+    virtual ~SoundInstance() = default;  // DisposeMovie: stops and frees the instance
+
+    virtual std::int64_t duration() const = 0;   // GetMovieDuration, in time units
+    virtual std::int32_t timeScale() const = 0;  // GetMovieTimeScale: time units per second
+    virtual std::int64_t time() const = 0;       // GetMovieTime: current position in time units
+    virtual double rate() const = 0;             // GetMovieRate: 0 while stopped, 1 while playing
+    virtual bool isDone() const = 0;             // IsMovieDone: the play has reached the end
+
+    virtual void start() = 0;          // StartMovie: play from the current position
+    virtual void stop() = 0;           // StopMovie: the position stays
+    virtual void goToBeginning() = 0;  // GoToBeginningOfMovie
+
+    // 8.8 fixed point: 256 is full volume, 0 silent. Changes are ramped across the next block.
+    virtual std::int16_t volume() const = 0;
+    virtual void setVolume(std::int16_t volume) = 0;
+
+    // [main] Announces that the instance has been scheduled to start soon, so a streamed sound has
+    // its buffer filled from its current position before its start. stop() releases that buffer.
+    virtual void prepareToStart() = 0;
+};
+
+}  // namespace sylvora::audio

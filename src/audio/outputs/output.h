@@ -1,0 +1,30 @@
+#pragma once
+
+// An audio output pulls the engine's render() at its own pace.
+// Lifecycle: create -> start() -> stop() -> destroy. start/stop are [main]; the pulling happens on
+// the output's own thread (the device callback or the null pacer).
+
+#include <memory>
+#include <string>
+
+namespace sylvora::audio {
+
+class Engine;
+
+class AudioOutput {
+public:
+    virtual ~AudioOutput() = default;
+    virtual bool start() = 0;
+    virtual void stop() = 0;
+    virtual std::string description() const = 0;
+};
+
+// The default device through SDL2, at the engine's rate; null (with `error` filled) when there is
+// no device, including when SDL initialises but cannot open one.
+std::unique_ptr<AudioOutput> openDeviceOutput(Engine& engine, std::string& error);
+// Pulls audio at real-time pace and discards it.
+std::unique_ptr<AudioOutput> makeNullOutput(Engine& engine);
+// The device when there is one, else the null output after one line on the standard error stream.
+std::unique_ptr<AudioOutput> openDefaultOutput(Engine& engine);
+
+}  // namespace sylvora::audio

@@ -1,0 +1,45 @@
+#pragma once
+
+// File references: the absolute path of an object that existed when the reference was made.
+// These free functions are the file-system calls the world and its packages are written against;
+// each returns a status from util/status.h and maps errno through statusFromErrno.
+
+#include <QString>
+#include <vector>
+
+#include "util/status.h"
+
+namespace sylvora {
+
+struct FSRef {
+    QString path;  // absolute, no trailing slash
+};
+
+// Makes a reference to an existing object; fnfErr when there is none.
+OSStatus FSPathMakeRef(const QString& path, FSRef& out);
+
+// Identity of two resolved objects: same device and inode. Two paths of one file are the same
+// object; two files with the same name are not.
+bool FSCompareFSRefs(const FSRef& a, const FSRef& b);
+
+// The object's own name (last path component), as the catalogue stores it.
+QString FSGetName(const FSRef& ref);
+OSStatus FSGetParentRef(const FSRef& ref, FSRef& parent);
+OSStatus FSIsDirectory(const FSRef& ref, bool& isDirectory);
+
+// Creation is exclusive: an existing object of that name gives dupFNErr and is not touched.
+OSStatus FSCreateDirectoryUnicode(const FSRef& parent, const QString& name, FSRef* out);
+OSStatus FSCreateFileUnicode(const FSRef& parent, const QString& name, FSRef* out);
+
+// Deletes one file, link or empty directory (a link is deleted as a link).
+OSStatus FSDeleteObject(const FSRef& ref);
+// Renames within the same directory; dupFNErr when the new name is taken.
+OSStatus FSRenameUnicode(const FSRef& ref, const QString& newName, FSRef* out);
+// Moves an object into another directory of the same volume, keeping its name.
+OSStatus FSMoveObject(const FSRef& ref, const FSRef& destinationDirectory, FSRef* out);
+// The immediate entries of a directory ("." and ".." excluded), in no particular order.
+OSStatus FSListDirectory(const FSRef& directory, std::vector<FSRef>& entries);
+// Flushes a file's data, or a directory's entries, to the disk (fsync).
+OSStatus FSSyncObject(const FSRef& ref);
+
+}  // namespace sylvora

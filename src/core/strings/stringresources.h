@@ -1,0 +1,36 @@
+#pragma once
+
+// Every user-visible text that is not part of a world is looked up by key in one of two tables,
+// "Errors" and "Misc"; the key itself is the text when a table has no entry for it. The tables are
+// Qt translation files compiled into the application, with the table name as the context.
+
+#include <QString>
+
+namespace sylvora {
+
+inline constexpr const char* ERRORS_STRINGS_FILE = "Errors";
+inline constexpr const char* MISC_STRINGS_FILE = "Misc";
+
+inline constexpr const char* UNKNOWN_ERROR_OPENING_WORLD = "Error Opening World";
+inline constexpr const char* UNKNOWN_ERROR_SAVING_WORLD = "Error Saving World";
+inline constexpr const char* UNTITLED_SAVE_AS_FILENAME_KEY = "Untitled SaveAs Filename";
+inline constexpr const char* DEFAULT_ENVIRONMENT_SOUND_GROUP_NAME_KEY = "Environment Sound Group Name";
+inline constexpr const char* NO_PICTURE_FILE_SELECTED_KEY = "No Picture File Selected";
+inline constexpr const char* SELECT_PICTURE_FILE_PROMPT_KEY = "Select a picture file to represent this world";
+inline constexpr const char* SELECT_LOOPING_SOUND_FILES_PROMPT_KEY = "Select Looping Sound Files";
+inline constexpr const char* SELECT_ENVIRONMENT_SOUND_FILES_PROMPT_KEY = "Select Environment Sound Files";
+inline constexpr const char* GET_INFO_WINDOW_TITLE_FORMAT_STRING_KEY = "World Info";
+inline constexpr const char* GET_INFO_WINDOW_UNTITLED_TITLE_STRING_KEY = "Untitled World Info";
+inline constexpr const char* HELP_PAGE_CREATING_A_WORLD_KEY = "CreatingAWorld.html";
+
+inline constexpr const char* EMPTY_STRING = "";
+inline constexpr const char* INTEGER_FORMAT_STRING = "%d";
+
+// The value of `key` in `table` for the user's language, or the key itself.
+QString copyLocalizedString(const char* key, const char* table);
+
+// Loads the compiled tables into the running QCoreApplication; call once after creating it.
+// Returns false when they cannot be loaded (lookups then fall back to the keys).
+bool installStringTables();
+
+}  // namespace sylvora

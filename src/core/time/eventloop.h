@@ -1,0 +1,31 @@
+#pragma once
+
+// The event clock and the repeating timers of the main event loop. The desktop app and the live
+// command-line player use Qt's event loop (QtEventLoop); tests and offline renders use a virtual
+// loop whose clock is the rendered audio time (VirtualEventLoop). The same World code runs on all.
+//
+// Lifecycle: installTimer() -> the callback runs on the main thread, first after `delay` seconds
+// (0: on the loop's next turn, never inside installTimer itself), then every `interval` seconds ->
+// removeTimer(). A callback may install or remove timers, its own included.
+
+#include <functional>
+
+namespace sylvora {
+
+class EventLoopTimer;  // opaque; owned by the loop
+using EventLoopTimerRef = EventLoopTimer*;
+
+class EventLoop {
+public:
+    virtual ~EventLoop() = default;
+
+    // [main] GetCurrentEventTime: seconds on a monotonic clock that counts from some start-up
+    // moment. Never 0 or less, because a start time of 0 or less means "not scheduled".
+    virtual double currentEventTime() const = 0;
+
+    // [main] InstallEventLoopTimer / RemoveEventLoopTimer.
+    virtual EventLoopTimerRef installTimer(double delay, double interval, std::function<void()> callback) = 0;
+    virtual void removeTimer(EventLoopTimerRef timer) = 0;
+};
+
+}  // namespace sylvora
