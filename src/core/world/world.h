@@ -204,6 +204,7 @@ public:
     void stop();
     bool isPlaying() const { return moviesTaskTimerRef != nullptr; }
     static void moviesTaskTimer(EventLoopTimerRef timer, void* world);
+    static constexpr auto MOVIES_TASK_TIMER_UPP = &World::moviesTaskTimer;
     OSStatus loadSoundFileIntoMovieList(bool isLoopSound, SoundID soundID);
     int getUnscheduledMovie(bool isLoopSound, SoundID soundID);
     int removeAllMoviesWithID(SoundID soundID);
@@ -268,10 +269,26 @@ private:
     double drawVolume(SoundID environmentSound);   // always the sound's own bounds
     void scheduleMovie(int index, double startTime, double volume);  // also readies the instance
     void startLoopChain(double now);               // the two loop picks of start()
+    void scheduleNextLoopSound(double now);        // after a loop instance's play has ended
+    void scheduleNextEnvironmentPlay(SoundID ended, double now);  // the successor of an ended play
+    void serviceMovie(MovieEntry& entry, double now);  // one entry of the timer's walk
 
     // Editing helpers (world_editing.cpp).
+    void takeAudibleAndPending(SoundID id, bool& audible, double& pendingStart) const;
+    void removeLoopSoundRecord(int index);
+    void removeEnvironmentSoundRecord(int index);
+    // pendingStart > 0 hands that turn on; otherwise the play is due after a fresh interval.
+    void scheduleEnvironmentPlay(int movieIndex, SoundID sound, double pendingStart);
 
     // Package helpers (world_package_load.cpp, world_package_save.cpp).
+    // Property-list nodes are passed as void* (libplist's plist_t) to keep libplist out of this header.
+    OSStatus loadDescription(const FSRef& package);
+    void loadGroupsFromPlist(void* root);
+    OSStatus loadLoopSoundsFromPlist(const FSRef& package, void* array);
+    OSStatus loadEnvironmentSoundsFromPlist(const FSRef& package, void* array);
+    bool isLoadedPackage(const FSRef& package) const;
+    void releasePackageFiles();  // the preview, every loaded sound and the picture file
+    void reloadFromSavedPackage(const FSRef& package, bool wasPlaying);
 };
 
 }  // namespace sylvora

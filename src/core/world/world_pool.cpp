@@ -1,0 +1,179 @@
+// The pool of loaded sound instances: loading on demand, reuse of free instances, disposal, and
+// the schedule's self-check.
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "audio/engine/engine.h"
+#include "audio/engine/soundinstance.h"
+#include "core/files/nativepath.h"
+#include "core/platform/beep.h"
+#include "core/world/world.h"
+
+namespace sylvora {
+
+namespace {
+
+// The diagnostics print names as 8-bit text in a fixed buffer of 255 bytes, as the alert tools
+// developers read them with expect. A name that needs more than 254 bytes, or holds a character
+// outside Latin-1, does not convert; it is printed as the empty string rather than cut or
+// mangled, the same as a sound that has no cached name yet.
+using NameBuffer = std::array<char, 255>;
+
+void copyNameForDiagnostics(const QString& name, NameBuffer& buffer) {
+    buffer.fill('\0');
+    if (name.size() >= static_cast<qsizetype>(buffer.size())) {
+        return;
+    }
+    for (const QChar ch : name) {
+        if (ch.unicode() > 0xFF) {
+            return;
+        }
+    }
+    const QByteArray latin1 = name.toLatin1();
+    std::copy(latin1.cbegin(), latin1.cend(), buffer.begin());
+}
+
+}  // namespace
+
+// [main]
+OSStatus World::loadSoundFileIntoMovieList(bool isLoopSound, SoundID soundID) {
+    if (numMovies > MAX_MOVIES - 1) {
+        return movieListFullErr;
+    }
+    const Alias* alias = nullptr;
+    if (isLoopSound) {
+        if (const LoopSound* sound = findLoopSound(soundID)) {
+            alias = sound->alias.get();
+        }
+    } else if (const EnvironmentSound* sound = findEnvironmentSound(soundID)) {
+        alias = sound->alias.get();
+    }
+    if (alias == nullptr) {
+        return fnfErr;
+    }
+
+    FSRef file;
+    OSStatus status = FSResolveAlias(*alias, file);
+    if (status != noErr) {
+        return status;
+    }
+    std::unique_ptr<audio::SoundInstance> movie;
+    status = engine.openInstance(nativepath::encode(file.path).toStdString(), movie);
+    if (status != noErr) {
+        return status;
+    }
+    if (!movie) {
+        return paramErr;  // an engine that reports success must hand out an instance
+    }
+
+    MovieEntry& entry = movies[static_cast<std::size_t>(numMovies)];
+    entry.isLoopSound = isLoopSound;
+    entry.skipFadeIn = false;
+    entry.soundID = soundID;
+    const std::int32_t timeScale = movie->timeScale();
+    entry.duration = timeScale > 0 ? static_cast<double>(movie->duration()) / timeScale : 0.0;
+    entry.movie = std::move(movie);
+    entry.volume = 1.0;
+    entry.startTime = -1.0;
+    ++numMovies;
+    return noErr;
+}
+
+// [main]
+int World::getUnscheduledMovie(bool isLoopSound, SoundID soundID) {
+    for (int i = 0; i < numMovies; ++i) {
+        MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        if (entry.soundID == soundID && !(entry.startTime > 0.0)) {
+            entry.skipFadeIn = false;
+            return i;
+        }
+    }
+    if (loadSoundFileIntoMovieList(isLoopSound, soundID) != noErr) {
+        return -1;
+    }
+    movies[static_cast<std::size_t>(numMovies - 1)].skipFadeIn = false;
+    return numMovies - 1;
+}
+
+// [main]
+int World::removeAllMoviesWithID(SoundID soundID) {
+    int kept = 0;
+    for (int read = 0; read < numMovies; ++read) {
+        MovieEntry& entry = movies[static_cast<std::size_t>(read)];
+        if (entry.soundID == soundID) {
+            entry.movie.reset();
+            continue;
+        }
+        if (read != kept) {
+            movies[static_cast<std::size_t>(kept)] = std::move(entry);
+        }
+        ++kept;
+    }
+    for (int i = kept; i < numMovies; ++i) {
+        movies[static_cast<std::size_t>(i)] = MovieEntry{};
+    }
+    numMovies = kept;
+    return numMovies;
+}
+
+// [main]
+void World::disposeAllMovies() {
+    for (int i = 0; i < numMovies; ++i) {
+        movies[static_cast<std::size_t>(i)] = MovieEntry{};
+    }
+    numMovies = 0;
+}
+
+// [main]
+void World::validateScheduling() const {
+    const auto scheduledInstancesOf = [this](SoundID soundID) {
+        int count = 0;
+        for (int i = 0; i < numMovies; ++i) {
+            const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+            if (entry.soundID == soundID && entry.startTime > 0.0) {
+                ++count;
+            }
+        }
+        return count;
+    };
+    NameBuffer printedName{};
+
+    for (int g = 0; g < numGroups; ++g) {
+        const EnvironmentSoundGroup& group = groups[static_cast<std::size_t>(g)];
+        int members = 0;
+        int scheduled = 0;
+        for (int s = 0; s < numEnvironmentSounds; ++s) {
+            const EnvironmentSound& sound = environmentSounds[static_cast<std::size_t>(s)];
+            if (sound.settings.groupID == group.id) {
+                ++members;
+                scheduled += scheduledInstancesOf(sound.id);
+            }
+        }
+        if (members > 0 && scheduled != 1) {
+            SysBeep(0);
+            SysBeep(0);
+            copyNameForDiagnostics(group.name, printedName);
+            std::fprintf(stderr, "*** GroupID %d '%s' has %d movies scheduled for it ***\n",
+                         static_cast<int>(group.id), printedName.data(), scheduled);
+        }
+    }
+
+    for (int s = 0; s < numEnvironmentSounds; ++s) {
+        const EnvironmentSound& sound = environmentSounds[static_cast<std::size_t>(s)];
+        if (sound.settings.groupID != 0) {
+            continue;
+        }
+        const int scheduled = scheduledInstancesOf(sound.id);
+        if (scheduled != 1) {
+            SysBeep(0);
+            SysBeep(0);
+            copyNameForDiagnostics(sound.filename, printedName);
+            std::fprintf(stderr, "*** EnvironmentSoundID %d '%s' has %d movies scheduled for it ***\n",
+                         static_cast<int>(sound.id), printedName.data(), scheduled);
+        }
+    }
+}
+
+}  // namespace sylvora

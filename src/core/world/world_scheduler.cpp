@@ -1,0 +1,311 @@
+// Playback: the 1/15-second timer that starts due instances, crossfades the loop sounds, applies
+// the world's volume and schedules each play's successor with fresh random draws.
+//
+// Every random number comes from random(), seeded once by the constructor, and the draws are made
+// in a fixed order (member pick, then interval, then volume), so a seed replays a world exactly.
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+
+#include "audio/engine/engine.h"
+#include "audio/engine/soundinstance.h"
+#include "core/world/world.h"
+
+namespace sylvora {
+
+namespace {
+
+constexpr double RANDOM_MAX = 2147483647.0;
+
+// gain × volume × 256 × world volume, truncated toward zero, of which the low 16 bits are the
+// instance's 8.8 volume. Values no sane world produces are pinned first so the truncation stays
+// defined; the low-16-bit wrap is kept as the format has always had it.
+std::int16_t movieVolume(double gain, double volume, double worldVolume) {
+    double value = gain * volume * 256.0 * worldVolume;
+    if (std::isnan(value)) {
+        value = 0.0;
+    }
+    constexpr double LIMIT = 4611686018427387904.0;  // 2^62
+    value = std::clamp(value, -LIMIT, LIMIT);
+    const auto truncated = static_cast<std::int64_t>(value);
+    return static_cast<std::int16_t>(static_cast<std::uint16_t>(truncated & 0xFFFF));
+}
+
+double movieSeconds(const audio::SoundInstance& movie) {
+    const std::int32_t timeScale = movie.timeScale();
+    return timeScale > 0 ? static_cast<double>(movie.time()) / timeScale : 0.0;
+}
+
+}  // namespace
+
+double equalPowerCrossfade(double fraction, bool fadeIn) {
+    if (fadeIn) {
+        const double fromEnd = fraction - 1.0;
+        return 1.0 - fromEnd * fromEnd;
+    }
+    return 1.0 - fraction * fraction;
+}
+
+// [main]
+void World::setVolume(double value) {
+    if (std::fabs(value - volume) <= 0.0001) {
+        return;
+    }
+    volume = value < 0.0 ? 0.0 : std::min(1.0, value);
+}
+
+// [main]
+double World::drawUnit() {
+    return static_cast<double>(random()) / RANDOM_MAX;
+}
+
+// [main]
+SoundID World::pickLoopSound() {
+    if (numLoopSounds < 1) {
+        return 0;
+    }
+    const auto index = static_cast<std::size_t>(random() % numLoopSounds);
+    return loopSounds[index].id;
+}
+
+// [main]
+SoundID World::getRandomEnvironmentSoundInGroup(GroupID groupID) {
+    std::array<SoundID, MAX_ENVIRONMENT_SOUNDS> members{};
+    std::size_t count = 0;
+    for (int i = 0; i < numEnvironmentSounds; ++i) {
+        const EnvironmentSound& sound = environmentSounds[static_cast<std::size_t>(i)];
+        if (sound.settings.groupID == groupID) {
+            members[count++] = sound.id;
+        }
+    }
+    if (count == 0) {
+        return 0;
+    }
+    return members[static_cast<std::size_t>(random()) % count];
+}
+
+// [main]
+double World::drawInterval(SoundID environmentSound) {
+    const EnvironmentSound* sound = findEnvironmentSound(environmentSound);
+    if (sound == nullptr) {
+        return 0.0;
+    }
+    double minimum = sound->settings.minInterval;
+    double maximum = sound->settings.maxInterval;
+    if (sound->settings.groupID != 0) {
+        if (const EnvironmentSoundGroup* group = findGroup(sound->settings.groupID)) {
+            minimum = group->minInterval;
+            maximum = group->maxInterval;
+        }
+    }
+    return minimum + drawUnit() * (maximum - minimum);
+}
+
+// [main]
+double World::drawVolume(SoundID environmentSound) {
+    const EnvironmentSound* sound = findEnvironmentSound(environmentSound);
+    if (sound == nullptr) {
+        return 0.0;
+    }
+    return sound->settings.minVolume + drawUnit() * (sound->settings.maxVolume - sound->settings.minVolume);
+}
+
+// [main] A streamed sound needs its first blocks read before it is due, and it is read from the
+// position it will start at: a stopped instance is rewound now rather than when it starts. One that
+// is still sounding (a loop instance left to play out) is not touched.
+void World::scheduleMovie(int index, double startTime, double playVolume) {
+    MovieEntry& entry = movies[static_cast<std::size_t>(index)];
+    entry.startTime = startTime;
+    entry.volume = playVolume;
+    audio::SoundInstance& movie = *entry.movie;
+    if (movie.rate() == 0.0) {
+        if (movie.time() != 0) {
+            movie.goToBeginning();
+        }
+        movie.prepareToStart();
+    }
+}
+
+// [main] When the first instance cannot be had, its duration is taken as 0: the second instance is
+// then due at once, so the loop chain still begins (c seconds early, which only means now).
+void World::startLoopChain(double now) {
+    double firstDuration = 0.0;
+    const SoundID first = pickLoopSound();
+    const int firstIndex = getUnscheduledMovie(true, first);
+    if (firstIndex >= 0) {
+        MovieEntry& entry = movies[static_cast<std::size_t>(firstIndex)];
+        entry.skipFadeIn = true;
+        scheduleMovie(firstIndex, now, getLoopSoundVolume(first));
+        firstDuration = entry.duration;
+    }
+    const SoundID second = pickLoopSound();
+    const int secondIndex = getUnscheduledMovie(true, second);
+    if (secondIndex >= 0) {
+        scheduleMovie(secondIndex, now + firstDuration - loopSoundsCrossFadeDuration,
+                      getLoopSoundVolume(second));
+    }
+}
+
+// [main]
+void World::start() {
+    if (moviesTaskTimerRef != nullptr) {
+        return;
+    }
+    moviesTaskTimerRef = eventLoop.installTimer(0.0, MOVIES_TASK_TIMER_INTERVAL, [this] {
+        MOVIES_TASK_TIMER_UPP(moviesTaskTimerRef, this);
+    });
+    const double now = eventLoop.currentEventTime();
+
+    if (numLoopSounds > 0) {
+        startLoopChain(now);
+    }
+    for (int i = 0; i < numEnvironmentSounds; ++i) {
+        const EnvironmentSound& sound = environmentSounds[static_cast<std::size_t>(i)];
+        if (sound.settings.groupID != 0) {
+            continue;
+        }
+        const SoundID id = sound.id;
+        const int index = getUnscheduledMovie(false, id);
+        if (index >= 0) {
+            const double startTime = now + drawInterval(id);
+            const double playVolume = drawVolume(id);
+            scheduleMovie(index, startTime, playVolume);
+        }
+    }
+    for (int g = 0; g < numGroups; ++g) {
+        const SoundID member = getRandomEnvironmentSoundInGroup(groups[static_cast<std::size_t>(g)].id);
+        if (member == 0) {
+            continue;
+        }
+        const int index = getUnscheduledMovie(false, member);
+        if (index < 0) {
+            continue;
+        }
+        const double startTime = now + drawInterval(member);
+        const double playVolume = drawVolume(member);
+        scheduleMovie(index, startTime, playVolume);
+    }
+}
+
+// [main]
+void World::stop() {
+    for (int i = 0; i < numMovies; ++i) {
+        MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        entry.movie->stop();
+        entry.startTime = -1.0;
+    }
+    removeMoviesTaskTimer();
+}
+
+// [main]
+void World::removeMoviesTaskTimer() {
+    if (moviesTaskTimerRef != nullptr) {
+        eventLoop.removeTimer(moviesTaskTimerRef);
+        moviesTaskTimerRef = nullptr;
+    }
+}
+
+// [main] The next loop sound overlaps the instance that is sounding now by the crossfade; with
+// none sounding it starts at once.
+void World::scheduleNextLoopSound(double now) {
+    double next = now;
+    for (int i = 0; i < numMovies; ++i) {
+        const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        if (entry.isLoopSound && entry.startTime > 0.0 && now > entry.startTime) {
+            next = now + (entry.duration - movieSeconds(*entry.movie)) - loopSoundsCrossFadeDuration;
+            break;
+        }
+    }
+    const SoundID sound = pickLoopSound();
+    const int index = getUnscheduledMovie(true, sound);
+    if (index >= 0) {
+        scheduleMovie(index, next, getLoopSoundVolume(sound));
+    }
+}
+
+// [main] A sound that has left the world is not played again; a group plays any of its members.
+void World::scheduleNextEnvironmentPlay(SoundID ended, double now) {
+    const EnvironmentSound* sound = findEnvironmentSound(ended);
+    if (sound == nullptr) {
+        return;
+    }
+    SoundID next = ended;
+    if (sound->settings.groupID != 0) {
+        next = getRandomEnvironmentSoundInGroup(sound->settings.groupID);
+        if (next == 0) {
+            return;
+        }
+    }
+    const int index = getUnscheduledMovie(false, next);
+    if (index < 0) {
+        return;
+    }
+    const double startTime = now + drawInterval(next);
+    const double playVolume = drawVolume(next);
+    scheduleMovie(index, startTime, playVolume);
+}
+
+// [main]
+void World::serviceMovie(MovieEntry& entry, double now) {
+    if (!(entry.startTime > 0.0) || now < entry.startTime) {
+        return;
+    }
+    audio::SoundInstance& movie = *entry.movie;
+
+    if (movie.isDone()) {
+        entry.startTime = -1.0;
+        entry.skipFadeIn = false;
+        movie.stop();
+        movie.goToBeginning();
+        if (entry.isLoopSound) {
+            scheduleNextLoopSound(now);
+        } else {
+            scheduleNextEnvironmentPlay(entry.soundID, now);
+        }
+        return;
+    }
+
+    if (movie.rate() == 0.0) {
+        // A loop instance always enters silently: either it fades in, or (the first of a chain) it
+        // takes its full volume at the next tick.
+        const bool entersSilently = entry.isLoopSound && loopSoundsCrossFadeDuration > 0;
+        movie.setVolume(entersSilently ? std::int16_t{0} : movieVolume(1.0, entry.volume, volume));
+        movie.goToBeginning();
+        movie.start();
+        return;
+    }
+
+    double gain = 1.0;
+    if (entry.isLoopSound) {
+        const double position = movieSeconds(movie);
+        const auto crossfade = static_cast<double>(loopSoundsCrossFadeDuration);
+        if (!entry.skipFadeIn && crossfade > position) {
+            gain = equalPowerCrossfade(position / crossfade, true);
+        } else if (position > entry.duration - crossfade) {
+            gain = equalPowerCrossfade((position - (entry.duration - crossfade)) / crossfade, false);
+        }
+    }
+    const std::int16_t newVolume = movieVolume(gain, entry.volume, volume);
+    if (newVolume != movie.volume()) {
+        movie.setVolume(newVolume);
+    }
+}
+
+// [main] The timer procedure. Sounds may be added while the walk runs (a successor needing a new
+// instance), so the count is read again at every step and new entries are visited this tick.
+void World::moviesTaskTimer(EventLoopTimerRef /*timer*/, void* world) {
+    World& self = *static_cast<World*>(world);
+    if (self.numMovies < 1) {
+        return;
+    }
+    const double now = self.eventLoop.currentEventTime();
+    self.engine.service();
+    for (int i = 0; i < self.numMovies; ++i) {
+        self.serviceMovie(self.movies[static_cast<std::size_t>(i)], now);
+    }
+    self.validateScheduling();
+}
+
+}  // namespace sylvora

@@ -1,0 +1,190 @@
+// Loop sounds: the chain of instances and the crossfade volumes, tick by tick.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+
+#include "scheduledworld.h"
+
+namespace sylvora::test {
+namespace {
+
+constexpr double TICK = 1.0 / 15.0;
+
+double fadeIn(double x) { return 1.0 - (x - 1.0) * (x - 1.0); }
+double fadeOut(double x) { return 1.0 - x * x; }
+
+TEST(EqualPowerCrossfade, CurvesMeetAtThreeQuartersAndEndFlat) {
+    EXPECT_EQ(equalPowerCrossfade(0.0, true), 0.0);
+    EXPECT_EQ(equalPowerCrossfade(1.0, true), 1.0);
+    EXPECT_EQ(equalPowerCrossfade(0.5, true), 0.75);
+    EXPECT_EQ(equalPowerCrossfade(0.0, false), 1.0);
+    EXPECT_EQ(equalPowerCrossfade(1.0, false), 0.0);
+    EXPECT_EQ(equalPowerCrossfade(0.5, false), 0.75);
+    EXPECT_EQ(equalPowerCrossfade(2.0, false), -3.0) << "not clamped";
+}
+
+// One 6-s loop with a 2-s crossfade: the second instance is due at 4 s, enters silently, rises
+// along the fade-in while the first falls along the fade-out, and when the first ends the next
+// instance is due 2 s before the second's end.
+TEST(LoopCrossfade, OneLoopSoundCrossfadesWithItselfTickByTick) {
+    ScheduledWorld w;
+    w.world.setLoopSoundsCrossFadeDuration(2);
+    const SoundID loop = w.addLoop(w.tone("loop.wav", 6.0, 440.0));
+    const double t0 = w.now();
+    w.world.start();
+    const int first = 0;
+    const int second = 1;
+    ASSERT_EQ(w.entriesOf(loop), (std::vector<int>{first, second}));
+
+    int checkedFades = 0;
+    bool endChecked = false;
+    w.runTicks(100, [&](int tick) {
+        const double now = w.timeOfTick(tick);
+        const MovieEntry& a = w.entry(first);
+        const MovieEntry& b = w.entry(second);
+        if (tick == 0) {
+            EXPECT_NE(a.movie->rate(), 0.0);
+            EXPECT_EQ(a.movie->volume(), 0);
+            return;
+        }
+        if (tick < 60) {  // before 4 s: the first plays alone at full volume
+            EXPECT_EQ(a.movie->volume(), 256) << tick;
+            EXPECT_EQ(b.movie->rate(), 0.0) << tick;
+            return;
+        }
+        if (tick == 60) {  // due now: starts silent
+            EXPECT_NE(b.movie->rate(), 0.0);
+            EXPECT_EQ(b.movie->volume(), 0);
+            EXPECT_EQ(a.movie->volume(), 256);
+            return;
+        }
+        if (tick < 90) {
+            const double pa = w.positionOf(first);
+            const double pb = w.positionOf(second);
+            EXPECT_NEAR(pa, tick * TICK, 1e-3);
+            EXPECT_NEAR(pb, (tick - 60) * TICK, 1e-3);
+            EXPECT_EQ(b.movie->volume(), expectedVolume(fadeIn(pb / 2.0), 1.0, 1.0)) << tick;
+            EXPECT_EQ(a.movie->volume(), expectedVolume(fadeOut((pa - 4.0) / 2.0), 1.0, 1.0)) << tick;
+            if (tick == 75) {  // midway both are at 0.75
+                EXPECT_EQ(a.movie->volume(), 192);
+                EXPECT_EQ(b.movie->volume(), 192);
+            }
+            ++checkedFades;
+            return;
+        }
+        // The first reaches its end at 6 s (a streamed sound's end is noticed one block later);
+        // the next instance is then due 2 s before the second's end, whichever tick noticed it.
+        if (!endChecked && a.movie->rate() == 0.0) {
+            endChecked = true;
+            EXPECT_LE(tick, 91);
+            EXPECT_FALSE(a.skipFadeIn);
+            EXPECT_NEAR(a.startTime, now + (6.0 - w.positionOf(second)) - 2.0, 1e-9);
+            EXPECT_NEAR(a.startTime, t0 + 8.0, 1e-3);
+            EXPECT_EQ(w.world.getNumMovies(), 2) << "the free instance is reused";
+            EXPECT_EQ(b.movie->volume(), 256);
+        }
+    });
+    EXPECT_EQ(checkedFades, 29);
+    EXPECT_TRUE(endChecked);
+}
+
+TEST(LoopCrossfade, ZeroCrossfadeChainsInstancesEndToEndAtFullVolume) {
+    ScheduledWorld w;
+    w.world.setLoopSoundsCrossFadeDuration(0);
+    w.addLoop(w.tone("loop.wav", 2.0, 440.0));
+    w.world.start();
+    int starts = 0;
+    std::vector<bool> wasPlaying(2, false);
+    w.runSeconds(10.0, [&](int tick) {
+        int playing = 0;
+        for (int i = 0; i < w.world.getNumMovies(); ++i) {
+            const bool now = w.entry(i).movie->rate() != 0.0;
+            if (now) {
+                ++playing;
+                EXPECT_EQ(w.entry(i).movie->volume(), 256) << "tick " << tick;
+            }
+            if (static_cast<std::size_t>(i) < wasPlaying.size()) {
+                if (now && !wasPlaying[static_cast<std::size_t>(i)]) ++starts;
+                wasPlaying[static_cast<std::size_t>(i)] = now;
+            }
+        }
+        EXPECT_EQ(playing, 1) << "tick " << tick;
+    });
+    EXPECT_EQ(w.world.getNumMovies(), 2);
+    EXPECT_EQ(starts, 5);
+}
+
+// 3-s loop, 2-s crossfade: the fade-in rules the first 2 s, then the fade-out applies at once.
+TEST(LoopCrossfade, ALoopShorterThanTwoCrossfadesFadesInThenOutAtOnce) {
+    ScheduledWorld w;
+    w.world.setLoopSoundsCrossFadeDuration(2);
+    w.addLoop(w.tone("loop.wav", 3.0, 440.0));
+    w.world.start();
+    const int second = 1;
+    int fadeInTicks = 0;
+    int fadeOutTicks = 0;
+    w.runTicks(60, [&](int tick) {
+        if (tick <= 15) return;  // due at 1 s
+        const double p = w.positionOf(second);
+        const int volume = w.entry(second).movie->volume();
+        if (p < 2.0) {
+            EXPECT_EQ(volume, expectedVolume(fadeIn(p / 2.0), 1.0, 1.0)) << tick;
+            ++fadeInTicks;
+        } else {
+            EXPECT_EQ(volume, expectedVolume(fadeOut((p - 1.0) / 2.0), 1.0, 1.0)) << tick;
+            ++fadeOutTicks;
+        }
+    });
+    EXPECT_EQ(fadeInTicks, 29);
+    EXPECT_EQ(fadeOutTicks, 15);
+}
+
+TEST(LoopCrossfade, ACrossfadeLongerThanTheLoopMakesTheNextInstanceDueAtOnce) {
+    ScheduledWorld w;
+    w.world.setLoopSoundsCrossFadeDuration(5);
+    w.addLoop(w.tone("loop.wav", 2.0, 440.0));
+    const double now = w.now();
+    w.world.start();
+    EXPECT_DOUBLE_EQ(w.entry(1).startTime, now + 2.0 - 5.0);
+    EXPECT_GT(w.entry(1).startTime, 0.0) << "the clock leaves room for the crossfade";
+    w.runTicks(1);
+    EXPECT_NE(w.entry(0).movie->rate(), 0.0);
+    EXPECT_NE(w.entry(1).movie->rate(), 0.0);
+}
+
+TEST(LoopCrossfade, SeveralLoopSoundsArePickedAtRandomAndFollowTheChain) {
+    ScheduledWorld w(21);
+    w.world.setLoopSoundsCrossFadeDuration(1);
+    std::vector<SoundID> loops;
+    for (int i = 0; i < 3; ++i) loops.push_back(w.addLoop(w.tone(QStringLiteral("l%1.wav").arg(i), 2.0, 300.0 + 100 * i)));
+    w.world.start();
+    std::map<SoundID, int> starts;
+    std::vector<bool> wasPlaying(10, false);
+    int maxPlaying = 0;
+    w.runSeconds(40.0, [&](int) {
+        int playing = 0;
+        for (int i = 0; i < w.world.getNumMovies(); ++i) {
+            const bool now = w.entry(i).movie->rate() != 0.0;
+            playing += now ? 1 : 0;
+            if (now && !wasPlaying[static_cast<std::size_t>(i)]) ++starts[w.entry(i).soundID];
+            wasPlaying[static_cast<std::size_t>(i)] = now;
+        }
+        maxPlaying = std::max(maxPlaying, playing);
+        EXPECT_GE(playing, 1);
+    });
+    EXPECT_EQ(maxPlaying, 2) << "never more than the two halves of a crossfade";
+    int total = 0;
+    for (const SoundID loop : loops) {
+        EXPECT_GE(starts[loop], 3) << loop;
+        total += starts[loop];
+    }
+    // A 2-s loop overlapping the next by 1 s: about one start a second, a little less for the
+    // lateness of up to a tick at each start.
+    EXPECT_GE(total, 35);
+    EXPECT_LE(total, 40);
+}
+
+}  // namespace
+}  // namespace sylvora::test

@@ -1,0 +1,183 @@
+// What a listener hears: a world rendered offline through the real engine, measured in the output.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+#include "goertzel.h"
+#include "scheduledworld.h"
+
+namespace sylvora::test {
+namespace {
+
+constexpr int RATE = ScheduledWorld::RATE;
+constexpr std::size_t BLOCK = RATE / 15;  // one tick of audio; 600, 1050 and 3000 Hz fit whole cycles
+constexpr double LOW = 600.0;
+constexpr double HIGH = 1050.0;
+constexpr double CLICK = 3000.0;
+
+double fadeIn(double x) { return 1.0 - (x - 1.0) * (x - 1.0); }
+double fadeOut(double x) { return 1.0 - x * x; }
+
+// Start ticks of every instance, from the world's state after each tick.
+struct Start {
+    SoundID sound;
+    int tick;
+};
+
+class StartLog {
+public:
+    void onTick(const ScheduledWorld& w, int tick) {
+        playing_.resize(static_cast<std::size_t>(w.world.getNumMovies()), false);
+        for (int i = 0; i < w.world.getNumMovies(); ++i) {
+            const bool now = w.entry(i).movie->rate() != 0.0;
+            if (now && !playing_[static_cast<std::size_t>(i)]) starts.push_back({w.entry(i).soundID, tick});
+            playing_[static_cast<std::size_t>(i)] = now;
+        }
+    }
+    std::vector<Start> starts;
+
+private:
+    std::vector<bool> playing_;
+};
+
+// Two loop sounds, tones of different pitch, crossfading over 2 s: in the output, each tone's
+// amplitude follows its equal-power curve block by block. The volume a tick sets is ramped across
+// the block after it, so a block's amplitude lies between the curve at its two ends.
+TEST(OfflineRender, TwoLoopSoundsCrossfadeAlongEqualPowerCurves) {
+    ScheduledWorld w(4);
+    w.world.setLoopSoundsCrossFadeDuration(2);
+    const SoundID low = w.addLoop(w.tone("low.wav", 6.0, LOW));
+    const SoundID high = w.addLoop(w.tone("high.wav", 6.0, HIGH));
+    const std::map<SoundID, double> pitch{{low, LOW}, {high, HIGH}};
+    w.world.start();
+
+    Recording out;
+    StartLog log;
+    w.runSeconds(40.0, [&](int tick) { log.onTick(w, tick); },
+                 [&](const float* samples, std::size_t frames, std::uint64_t) { out.append(samples, frames); });
+    ASSERT_EQ(out.left().size(), static_cast<std::size_t>(40 * RATE));
+    EXPECT_EQ(w.engine.underruns(), 0u);
+    ASSERT_GE(log.starts.size(), 9u);
+    ASSERT_EQ(log.starts[0].tick, 0);
+
+    const auto block = [&](int k, double frequency) {
+        return out.amplitude(static_cast<std::size_t>(k) * BLOCK, BLOCK, frequency, RATE);
+    };
+    const double full = block(20, pitch.at(log.starts[0].sound));
+    ASSERT_GT(full, 0.2);
+    EXPECT_LT(block(20, pitch.at(log.starts[0].sound) == LOW ? HIGH : LOW), 0.01 * full) << "one tone alone";
+
+    int crossfadesMeasured = 0;
+    for (std::size_t n = 1; n + 1 < log.starts.size(); ++n) {
+        const Start& out_ = log.starts[n - 1];
+        const Start& in = log.starts[n];
+        if (out_.sound == in.sound) continue;  // the same tone twice cannot be told apart
+        // The incoming instance is due 2 s before the outgoing one ends: 60 ticks after its start.
+        ASSERT_EQ(in.tick - out_.tick, 60) << "start " << n;
+        for (int k = in.tick + 1; k < in.tick + 30; ++k) {
+            const double xIn[2] = {(k - 1 - in.tick) / 30.0, (k - in.tick) / 30.0};
+            const double xOut[2] = {(k - 1 - out_.tick - 60) / 30.0, (k - out_.tick - 60) / 30.0};
+            const double heardIn = block(k, pitch.at(in.sound)) / full;
+            const double heardOut = block(k, pitch.at(out_.sound)) / full;
+            const double tolerance = 0.02;
+            EXPECT_GE(heardIn, std::min(fadeIn(xIn[0]), fadeIn(xIn[1])) - tolerance) << "block " << k;
+            EXPECT_LE(heardIn, std::max(fadeIn(xIn[0]), fadeIn(xIn[1])) + tolerance) << "block " << k;
+            EXPECT_GE(heardOut, std::min(fadeOut(xOut[0]), fadeOut(xOut[1])) - tolerance) << "block " << k;
+            EXPECT_LE(heardOut, std::max(fadeOut(xOut[0]), fadeOut(xOut[1])) + tolerance) << "block " << k;
+        }
+        // Midway each is at three quarters, well above the half a linear fade would give.
+        EXPECT_NEAR(block(in.tick + 15, pitch.at(in.sound)) / full, 0.74, 0.03);
+        EXPECT_NEAR(block(in.tick + 15, pitch.at(out_.sound)) / full, 0.76, 0.03);
+        // Once the outgoing instance has ended only the incoming tone is heard, at full volume.
+        EXPECT_LT(block(in.tick + 32, pitch.at(out_.sound)) / full, 0.01);
+        EXPECT_NEAR(block(in.tick + 32, pitch.at(in.sound)) / full, 1.0, 0.01);
+        ++crossfadesMeasured;
+    }
+    EXPECT_GE(crossfadesMeasured, 2);
+}
+
+// A short click as an environment sound over a loop: every click is heard at the tick it was due,
+// and each follows the previous one's end by an interval within the sound's bounds.
+TEST(OfflineRender, EnvironmentClicksFallInsideTheirIntervals) {
+    ScheduledWorld w(8);
+    w.world.setLoopSoundsCrossFadeDuration(1);
+    w.addLoop(w.tone("bed.wav", 4.0, LOW, 0.3));
+    const SoundID click = w.addEnvironment(w.tone("click.wav", 0.2, CLICK));
+    w.world.setEnvironmentSoundMinInterval(click, 1);
+    w.world.setEnvironmentSoundMaxInterval(click, 3);
+    w.world.start();
+
+    Recording out;
+    StartLog log;
+    w.runSeconds(60.0, [&](int tick) { log.onTick(w, tick); },
+                 [&](const float* samples, std::size_t frames, std::uint64_t) { out.append(samples, frames); });
+
+    std::vector<int> heard;  // first block of each click in the output
+    bool inClick = false;
+    for (std::size_t k = 0; (k + 1) * BLOCK <= out.left().size(); ++k) {
+        const bool loud = out.amplitude(k * BLOCK, BLOCK, CLICK, RATE) > 0.05;
+        if (loud && !inClick) heard.push_back(static_cast<int>(k));
+        inClick = loud;
+    }
+    std::vector<int> started;
+    for (const Start& s : log.starts) {
+        if (s.sound == click) started.push_back(s.tick);
+    }
+    ASSERT_GE(heard.size(), 15u);
+    EXPECT_EQ(heard, started) << "every click heard is a play the world started, at its tick";
+
+    const double tick = 1.0 / 15.0;
+    EXPECT_GE(heard[0] * tick, 1.0);
+    EXPECT_LE(heard[0] * tick, 3.0 + tick + 1e-9);
+    for (std::size_t n = 1; n < heard.size(); ++n) {
+        const double gap = (heard[n] - heard[n - 1]) * tick - 0.2;  // from the previous click's end
+        EXPECT_GE(gap, 1.0 - 1e-9) << n;
+        EXPECT_LE(gap, 3.0 + 2 * tick + 1e-9) << n;
+    }
+}
+
+// A seeded world renders the same samples every time.
+TEST(OfflineRender, ASeedRendersTheSameAudioEveryTime) {
+    const auto render = [](unsigned seed) {
+        ScheduledWorld w(seed);
+        w.world.setLoopSoundsCrossFadeDuration(1);
+        w.addLoop(w.tone("a.wav", 3.0, LOW));
+        w.addLoop(w.tone("b.wav", 2.5, HIGH));
+        const SoundID env = w.addEnvironment(w.tone("e.wav", 0.3, CLICK));
+        w.world.setEnvironmentSoundMinInterval(env, 0);
+        w.world.setEnvironmentSoundMaxInterval(env, 2);
+        w.world.setEnvironmentSoundMinVolume(env, 0.2);
+        w.world.start();
+        Recording out;
+        w.runSeconds(20.0, {}, [&](const float* samples, std::size_t frames, std::uint64_t) { out.append(samples, frames); });
+        return out.left();
+    };
+    const std::vector<float> first = render(17);
+    EXPECT_EQ(render(17), first);
+    EXPECT_NE(render(18), first);
+}
+
+// Blocks end on the tick grid whatever the rate, and the render carries on across calls.
+TEST(OfflineRender, BlocksFollowTheTickGridAcrossCalls) {
+    audio::Engine engine(8000);
+    VirtualEventLoop loop;
+    OfflineRenderer renderer(engine, loop);
+    EXPECT_EQ(renderer.frameOfTick(1), 533u);
+    EXPECT_EQ(renderer.frameOfTick(2), 1067u);
+    EXPECT_EQ(renderer.frameOfTick(15 * 3600), 8000u * 3600u);
+    int ticks = 0;
+    loop.installTimer(0.0, 1.0 / 15.0, [&] { ++ticks; });
+    std::vector<std::pair<std::uint64_t, std::size_t>> blocks;
+    const auto sink = [&](const float*, std::size_t frames, std::uint64_t first) { blocks.emplace_back(first, frames); };
+    renderer.render(600, sink);
+    renderer.render(1000, sink);
+    EXPECT_EQ(renderer.framesRendered(), 1600u);
+    const std::vector<std::pair<std::uint64_t, std::size_t>> expected{{0, 533}, {533, 67}, {600, 467}, {1067, 533}};
+    EXPECT_EQ(blocks, expected);
+    EXPECT_EQ(ticks, 3) << "tick 3 falls on frame 1600, where the next render begins";
+}
+
+}  // namespace
+}  // namespace sylvora::test
