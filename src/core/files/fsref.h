@@ -27,6 +27,10 @@ QString FSGetName(const FSRef& ref);
 OSStatus FSGetParentRef(const FSRef& ref, FSRef& parent);
 OSStatus FSIsDirectory(const FSRef& ref, bool& isDirectory);
 
+// A name that can only ever mean an entry of its own folder: not empty, not "." or "..", without
+// "/" or NUL, and at most 255 UTF-16 code units.
+bool FSIsValidName(const QString& name);
+
 // Creation is exclusive: an existing object of that name gives dupFNErr and is not touched.
 OSStatus FSCreateDirectoryUnicode(const FSRef& parent, const QString& name, FSRef* out);
 OSStatus FSCreateFileUnicode(const FSRef& parent, const QString& name, FSRef* out);
