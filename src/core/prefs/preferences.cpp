@@ -1,0 +1,178 @@
+#include "core/prefs/preferences.h"
+
+#include <QFileInfo>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+#include "core/package/packagename.h"
+#include "core/prefs/knownworldsmenu.h"
+#include "core/strings/stringresources.h"
+
+namespace sylvora {
+
+Preferences* gPrefs = nullptr;
+
+Preferences::Preferences() = default;
+
+Preferences::Preferences(QString settingsFilePath_) : settingsFilePath(std::move(settingsFilePath_)) {}
+
+Preferences::~Preferences() {
+    lastWorldAlias.reset();
+    clearKnownWorlds();
+}
+
+void Preferences::setLastWorldAlias(const Alias* alias) {
+    lastWorldAlias = alias ? alias->copy() : nullptr;
+}
+
+const Alias* Preferences::getIndKnownWorldAlias(int index) const {
+    if (index < 0 || index >= numKnownWorlds) return nullptr;
+    return knownWorlds[static_cast<std::size_t>(index)].alias.get();
+}
+
+QString Preferences::getIndKnownWorldName(int index) const {
+    if (index < 0 || index >= numKnownWorlds) return {};
+    return knownWorlds[static_cast<std::size_t>(index)].name;
+}
+
+// A record that no longer resolves ends the search: the records after it are not examined, so that
+// one unreachable volume costs at most one failed resolve per search.
+int Preferences::findKnownWorld(const FSRef& package) const {
+    for (int i = 0; i < numKnownWorlds; ++i) {
+        FSRef resolved;
+        if (FSResolveAlias(*knownWorlds[static_cast<std::size_t>(i)].alias, resolved) != noErr) return -1;
+        if (FSCompareFSRefs(resolved, package)) return i;
+    }
+    return -1;
+}
+
+bool Preferences::isAKnownWorld(const FSRef& package) const { return findKnownWorld(package) >= 0; }
+
+void Preferences::updateKnownWorlds(const Alias* alias, const QString& name) {
+    if (!alias) return;
+    FSRef package;
+    if (FSResolveAlias(*alias, package) != noErr) return;
+
+    const auto chosenName = [&]() -> QString {
+        if (!name.isEmpty()) return name;
+        const QString displayName = copyPackageDisplayName(package);
+        return displayName.isEmpty() ? QString() : displayName;
+    };
+
+    const int index = findKnownWorld(package);
+    if (index >= 0) {
+        KnownWorld& record = knownWorlds[static_cast<std::size_t>(index)];
+        if (!record.name.isNull() && !name.isNull() && record.name == name) return;
+        record.name = chosenName();
+    } else {
+        if (numKnownWorlds >= MAX_KNOWN_WORLDS) return;
+        KnownWorld& record = knownWorlds[static_cast<std::size_t>(numKnownWorlds)];
+        record.alias = alias->copy();
+        record.name = chosenName();
+        ++numKnownWorlds;
+    }
+    knownWorldsNeedSorting = true;
+}
+
+void Preferences::removeFromKnownWorlds(int index) {
+    if (index < 0 || index >= numKnownWorlds) return;
+    for (int i = index; i + 1 < numKnownWorlds; ++i)
+        knownWorlds[static_cast<std::size_t>(i)] = std::move(knownWorlds[static_cast<std::size_t>(i + 1)]);
+    --numKnownWorlds;
+    KnownWorld& last = knownWorlds[static_cast<std::size_t>(numKnownWorlds)];
+    last.alias.reset();
+    last.name = QString();
+}
+
+void Preferences::clearKnownWorlds() {
+    for (KnownWorld& record : knownWorlds) {
+        record.alias.reset();
+        record.name = QString();
+    }
+    numKnownWorlds = 0;
+    knownWorldsNeedSorting = false;
+}
+
+int Preferences::sortWorldsQSortComparator(const void* a, const void* b) {
+    const QString& first = static_cast<const KnownWorld*>(a)->name;
+    const QString& second = static_cast<const KnownWorld*>(b)->name;
+    if (first.isNull() && second.isNull()) return 0;
+    if (first.isNull()) return -1;
+    if (second.isNull()) return 1;
+    const int order = QString::compare(first, second, Qt::CaseInsensitive);
+    return (order > 0) - (order < 0);
+}
+
+// The records own a QString and an alias, which qsort's byte-wise swaps must not move, so qsort
+// orders pointers to the records and the records are then moved into that order.
+void Preferences::sortKnownWorlds() {
+    const auto count = static_cast<std::size_t>(numKnownWorlds);
+    std::vector<KnownWorld*> order(count);
+    for (std::size_t i = 0; i < count; ++i) order[i] = &knownWorlds[i];
+    std::qsort(order.data(), count, sizeof(KnownWorld*), [](const void* a, const void* b) {
+        return sortWorldsQSortComparator(*static_cast<KnownWorld* const*>(a), *static_cast<KnownWorld* const*>(b));
+    });
+    std::vector<KnownWorld> sorted;
+    sorted.reserve(count);
+    for (KnownWorld* record : order) sorted.push_back(std::move(*record));
+    for (std::size_t i = 0; i < count; ++i) knownWorlds[i] = std::move(sorted[i]);
+}
+
+namespace {
+
+QString menuTextFor(const KnownWorld& record) {
+    if (!record.name.isEmpty()) return record.name;
+    const QString fromPath = packageDisplayNameForFileName(QFileInfo(record.alias->recordedPath()).fileName());
+    if (!fromPath.isEmpty()) return fromPath;
+    return copyLocalizedString(UNTITLED_SAVE_AS_FILENAME_KEY, MISC_STRINGS_FILE);
+}
+
+}  // namespace
+
+void Preferences::fillMenuWithKnownWorlds(KnownWorldsMenu& menu, const Alias* currentWorld) {
+    FSRef current;
+    const bool currentResolved = currentWorld && FSResolveAlias(*currentWorld, current) == noErr;
+
+    // Only a package that is certainly gone is dropped; one on an unmounted volume (any other
+    // failure) keeps its record.
+    const Alias* checkedAlias = nullptr;
+    for (int i = 0; i < numKnownWorlds; ++i) {
+        KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        FSRef resolved;
+        const OSStatus status = FSResolveAlias(*record.alias, resolved);
+        if (status == fnfErr) {
+            record.alias.reset();
+            record.name = QString();
+        } else if (status == noErr && currentResolved && FSCompareFSRefs(resolved, current)) {
+            checkedAlias = record.alias.get();
+        }
+    }
+
+    int kept = 0;
+    for (int i = 0; i < numKnownWorlds; ++i) {
+        KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        if (!record.alias) continue;
+        if (kept != i) knownWorlds[static_cast<std::size_t>(kept)] = std::move(record);
+        ++kept;
+    }
+    for (int i = kept; i < numKnownWorlds; ++i) {
+        knownWorlds[static_cast<std::size_t>(i)].alias.reset();
+        knownWorlds[static_cast<std::size_t>(i)].name = QString();
+    }
+    numKnownWorlds = kept;
+
+    if (knownWorldsNeedSorting) {
+        sortKnownWorlds();
+        knownWorldsNeedSorting = false;
+    }
+
+    menu.clear();
+    for (int i = 0; i < numKnownWorlds; ++i) {
+        const KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        menu.appendItem(menuTextFor(record), KNOWN_WORLD_COMMAND_BASE + static_cast<quint32>(i),
+                        checkedAlias != nullptr && record.alias.get() == checkedAlias);
+    }
+}
+
+}  // namespace sylvora

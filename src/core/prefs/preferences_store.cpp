@@ -1,0 +1,115 @@
+// Reading and writing the preferences store, and the stored form of the known worlds list.
+
+#include <QSettings>
+#include <QVariantMap>
+#include <cmath>
+#include <memory>
+
+#include "core/prefs/preferences.h"
+
+namespace sylvora {
+
+namespace {
+
+constexpr const char* ORGANIZATION_NAME = "Sylvora";
+constexpr const char* APPLICATION_NAME = "Sylvora";
+
+std::unique_ptr<QSettings> openStore(const QString& settingsFilePath) {
+    if (settingsFilePath.isEmpty())
+        return std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope,
+                                           QLatin1String(ORGANIZATION_NAME), QLatin1String(APPLICATION_NAME));
+    return std::make_unique<QSettings>(settingsFilePath, QSettings::IniFormat);
+}
+
+bool holds(const QVariant& value, QMetaType::Type type) { return value.typeId() == type; }
+
+// The list is stored as an INI array group; reading turns it back into the same QVariantList of
+// maps that createCFArrayOfKnownWorlds makes, so both directions go through one stored form.
+QVariantList readKnownWorldsArray(QSettings& store) {
+    QVariantList array;
+    const int size = store.beginReadArray(QLatin1String(Preferences::PREF_KEY_KNOWN_WORLDS_ARRAY));
+    for (int i = 0; i < size; ++i) {
+        store.setArrayIndex(i);
+        QVariantMap element;
+        for (const QString& key : store.childKeys()) element.insert(key, store.value(key));
+        array.append(element);
+    }
+    store.endArray();
+    return array;
+}
+
+void writeKnownWorldsArray(QSettings& store, const QVariantList& array) {
+    const QString group = QLatin1String(Preferences::PREF_KEY_KNOWN_WORLDS_ARRAY);
+    store.remove(group);
+    store.beginWriteArray(group, static_cast<int>(array.size()));
+    for (qsizetype i = 0; i < array.size(); ++i) {
+        store.setArrayIndex(static_cast<int>(i));
+        const QVariantMap element = array[i].toMap();
+        for (auto it = element.cbegin(); it != element.cend(); ++it) store.setValue(it.key(), it.value());
+    }
+    store.endArray();
+}
+
+}  // namespace
+
+QVariantList Preferences::createCFArrayOfKnownWorlds() const {
+    QVariantList array;
+    for (int i = 0; i < numKnownWorlds; ++i) {
+        const KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        QVariantMap element;
+        if (!record.name.isEmpty()) element.insert(QLatin1String(PREF_KEY_KNOWN_WORLD_NAME), record.name);
+        element.insert(QLatin1String(PREF_KEY_KNOWN_WORLD_ALIAS), record.alias->toBytes());
+        array.append(element);
+    }
+    return array;
+}
+
+void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
+    clearKnownWorlds();
+    for (const QVariant& item : array) {
+        if (!holds(item, QMetaType::QVariantMap)) continue;
+        const QVariantMap element = item.toMap();
+        const QVariant name = element.value(QLatin1String(PREF_KEY_KNOWN_WORLD_NAME));
+        const QVariant aliasData = element.value(QLatin1String(PREF_KEY_KNOWN_WORLD_ALIAS));
+        if (!holds(aliasData, QMetaType::QByteArray)) continue;
+        const AliasHandle alias = Alias::fromBytes(aliasData.toByteArray());
+        if (!alias) continue;
+        updateKnownWorlds(alias.get(), holds(name, QMetaType::QString) ? name.toString() : QString());
+    }
+}
+
+void Preferences::loadPreferences() {
+    const std::unique_ptr<QSettings> store = openStore(settingsFilePath);
+
+    // INI stores numbers as text, so any value that reads as a finite number is taken as it is;
+    // the world clamps it when it is applied.
+    const QVariant volumeValue = store->value(QLatin1String(PREF_KEY_MASTER_VOLUME));
+    if (volumeValue.isValid()) {
+        bool ok = false;
+        const double value = volumeValue.toDouble(&ok);
+        if (ok && std::isfinite(value)) masterVolume = value;
+    }
+
+    const QVariant lastPlayed = store->value(QLatin1String(PREF_KEY_LAST_PLAYED_ALIAS));
+    if (holds(lastPlayed, QMetaType::QByteArray)) {
+        const AliasHandle alias = Alias::fromBytes(lastPlayed.toByteArray());
+        FSRef resolved;
+        if (alias && FSResolveAlias(*alias, resolved) == noErr) setLastWorldAlias(alias.get());
+    }
+
+    if (store->childGroups().contains(QLatin1String(PREF_KEY_KNOWN_WORLDS_ARRAY)))
+        extractKnownWorldsFromCFArray(readKnownWorldsArray(*store));
+}
+
+void Preferences::savePreferences() {
+    const std::unique_ptr<QSettings> store = openStore(settingsFilePath);
+    store->setValue(QLatin1String(PREF_KEY_MASTER_VOLUME), masterVolume);
+    if (lastWorldAlias)
+        store->setValue(QLatin1String(PREF_KEY_LAST_PLAYED_ALIAS), lastWorldAlias->toBytes());
+    else
+        store->remove(QLatin1String(PREF_KEY_LAST_PLAYED_ALIAS));
+    writeKnownWorldsArray(*store, createCFArrayOfKnownWorlds());
+    store->sync();
+}
+
+}  // namespace sylvora

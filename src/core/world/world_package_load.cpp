@@ -1,0 +1,214 @@
+// Filling the world from a package on disk.
+//
+// Loading is forgiving: every key is optional, a value of the wrong type counts as missing, unknown
+// keys are ignored, and a sound whose entry or file is unusable is skipped silently. Only a
+// missing or unreadable description, or a missing sound folder, is reported.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <limits>
+#include <optional>
+
+#include "core/files/nativepath.h"
+#include "core/files/utils.h"
+#include "core/package/plist.h"
+#include "core/prefs/preferences.h"
+#include "core/world/world.h"
+
+namespace sylvora {
+
+namespace {
+
+// Reads a whole file; a read failure is the operating system's error as a status.
+OSStatus readWholeFile(const FSRef& file, QByteArray& out) {
+    const QByteArray path = nativepath::encode(file.path);
+    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return statusFromErrno(errno);
+    out.clear();
+    char buffer[65536];
+    OSStatus status = noErr;
+    for (;;) {
+        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            status = statusFromErrno(errno);
+            break;
+        }
+        if (count == 0) break;
+        // Nothing larger than the parser can take is a description; refuse it before it eats memory.
+        if (out.size() + count > std::numeric_limits<std::int32_t>::max()) {
+            status = unreadablePropertyListErr;
+            break;
+        }
+        out.append(buffer, static_cast<qsizetype>(count));
+    }
+    ::close(fd);
+    return status;
+}
+
+// The alias of the file `fileName` inside `directory`, or null. Names that would reach outside
+// the directory ("..", "a/b", "") are refused by the lookup itself.
+AliasHandle aliasOfEntry(const FSRef& directory, plist_t entry) {
+    const std::optional<QString> fileName = plistGetString(entry, World::SOUND_FILENAME_KEY);
+    if (!fileName) return nullptr;
+    FSRef file;
+    if (FSMakeFSRefCFString(directory, *fileName, kTextEncodingUnknown, file) != noErr) return nullptr;
+    AliasHandle alias;
+    if (FSNewAlias(file, alias) != noErr) return nullptr;
+    return alias;
+}
+
+}  // namespace
+
+void World::loadGroupsFromPlist(plist_t root) {
+    const plist_t array = plistGetArray(root, GROUPS_ARRAY_KEY);
+    for (std::uint32_t i = 0; i < plistArraySize(array); ++i) {
+        const plist_t entry = plistArrayItem(array, i);
+        if (!plistIsDict(entry)) continue;
+        const GroupID id = addGroup(plistGetString(entry, GROUP_NAME_KEY).value_or(QString()));
+        EnvironmentSoundGroup* group = findGroup(id);
+        if (!group) continue;
+        if (const auto minInterval = plistGetInt32(entry, ENVIRONMENT_SOUND_MIN_INTERVAL_KEY);
+            minInterval && *minInterval != group->minInterval) {
+            group->minInterval = *minInterval;
+            for (int s = 0; s < numEnvironmentSounds; ++s) {
+                EnvironmentSound& sound = environmentSounds[static_cast<std::size_t>(s)];
+                if (sound.settings.groupID == id) sound.settings.minInterval = *minInterval;
+            }
+            modified = true;
+        }
+        if (const auto maxInterval = plistGetInt32(entry, ENVIRONMENT_SOUND_MAX_INTERVAL_KEY))
+            setGroupMaxInterval(id, *maxInterval);
+    }
+}
+
+OSStatus World::loadLoopSoundsFromPlist(const FSRef& package, plist_t array) {
+    FSRef directory;
+    const OSStatus status =
+        FSMakeFSRefCFString(package, QLatin1String(LOOP_SOUNDS_SUBDIRECTORY_NAME), kTextEncodingUnknown, directory);
+    if (status != noErr) return status;
+    for (std::uint32_t i = 0; i < plistArraySize(array); ++i) {
+        const plist_t entry = plistArrayItem(array, i);
+        if (!plistIsDict(entry)) continue;
+        const AliasHandle alias = aliasOfEntry(directory, entry);
+        if (!alias) continue;
+        const SoundID id = addLoopSound(*alias);
+        LoopSound* sound = findLoopSound(id);
+        if (!sound) continue;
+        sound->filename = plistGetString(entry, SOUND_FILENAME_KEY).value_or(QString());
+        if (const auto volumeValue = plistGetDouble(entry, LOOP_SOUND_VOLUME_KEY)) setLoopSoundVolume(id, *volumeValue);
+    }
+    return noErr;
+}
+
+OSStatus World::loadEnvironmentSoundsFromPlist(const FSRef& package, plist_t array) {
+    FSRef directory;
+    const OSStatus status = FSMakeFSRefCFString(package, QLatin1String(ENVIRONMENT_SOUNDS_SUBDIRECTORY_NAME),
+                                                kTextEncodingUnknown, directory);
+    if (status != noErr) return status;
+    for (std::uint32_t i = 0; i < plistArraySize(array); ++i) {
+        const plist_t entry = plistArrayItem(array, i);
+        if (!plistIsDict(entry)) continue;
+        const AliasHandle alias = aliasOfEntry(directory, entry);
+        if (!alias) continue;
+        const SoundID id = addEnvironmentSound(*alias);
+        if (!findEnvironmentSound(id)) continue;
+        findEnvironmentSound(id)->filename = plistGetString(entry, SOUND_FILENAME_KEY).value_or(QString());
+
+        const auto storeVolume = [this](double& field, double value) {
+            if (field == value) return;
+            field = value;
+            modified = true;
+        };
+        // The older single "Volume Adjust" comes first, so explicit bounds in the same entry win.
+        if (const auto adjust = plistGetDouble(entry, ENVIRONMENT_SOUND_OLD_VOLUME_ADJUST_KEY)) {
+            storeVolume(findEnvironmentSound(id)->settings.minVolume, *adjust);
+            storeVolume(findEnvironmentSound(id)->settings.maxVolume, *adjust);
+        }
+        if (const auto minVolume = plistGetDouble(entry, ENVIRONMENT_SOUND_MIN_VOLUME_KEY))
+            storeVolume(findEnvironmentSound(id)->settings.minVolume, *minVolume);
+        if (const auto maxVolume = plistGetDouble(entry, ENVIRONMENT_SOUND_MAX_VOLUME_KEY))
+            storeVolume(findEnvironmentSound(id)->settings.maxVolume, *maxVolume);
+        if (const auto minInterval = plistGetInt32(entry, ENVIRONMENT_SOUND_MIN_INTERVAL_KEY)) {
+            std::int32_t& field = findEnvironmentSound(id)->settings.minInterval;
+            if (field != *minInterval) {
+                field = *minInterval;
+                modified = true;
+            }
+        }
+        if (const auto maxInterval = plistGetInt32(entry, ENVIRONMENT_SOUND_MAX_INTERVAL_KEY))
+            setEnvironmentSoundMaxInterval(id, *maxInterval);
+        if (const auto groupIndex = plistGetInt32(entry, ENVIRONMENT_SOUND_GROUP_INDEX_KEY)) {
+            const GroupID groupID = (*groupIndex >= 0 && *groupIndex < numGroups)
+                                        ? groups[static_cast<std::size_t>(*groupIndex)].id
+                                        : 0;
+            setEnvironmentSoundGroupID(id, groupID);
+        }
+    }
+    return noErr;
+}
+
+OSStatus World::loadFromPackage(const FSRef& package) {
+    if (packageAlias) {
+        FSRef loaded;
+        if (FSResolveAlias(*packageAlias, loaded) == noErr && FSCompareFSRefs(loaded, package)) return noErr;
+    }
+
+    resetToInitialState();
+    const OSStatus result = loadDescription(package);
+    modified = false;
+    return result;
+}
+
+OSStatus World::loadDescription(const FSRef& package) {
+    FSRef dataFile;
+    OSStatus status = FSMakeFSRefCFString(package, QLatin1String(DATA_FILE_NAME), kTextEncodingUnknown, dataFile);
+    if (status != noErr) return status;
+
+    QByteArray bytes;
+    status = readWholeFile(dataFile, bytes);
+    if (status != noErr) return status;
+
+    const PlistPtr rootOwner = plistParse(bytes);
+    if (!rootOwner) return unreadablePropertyListErr;
+    const auto root = static_cast<plist_t>(rootOwner.get());
+    if (!plistIsDict(root)) return noErr;
+
+    if (const auto value = plistGetString(root, NAME_KEY)) setName(*value);
+    if (const auto value = plistGetString(root, AUTHOR_KEY)) setAuthor(*value);
+    if (const auto value = plistGetString(root, DESCRIPTION_KEY)) setDescription(*value);
+
+    loadGroupsFromPlist(root);
+
+    if (const auto crossfade = plistGetInt32(root, LOOP_SOUNDS_CROSSFADE_DURATION_KEY);
+        crossfade && *crossfade != loopSoundsCrossFadeDuration) {
+        loopSoundsCrossFadeDuration = *crossfade;
+        modified = true;
+    }
+
+    if (const auto pictureName = plistGetString(root, PICTURE_FILENAME_KEY)) {
+        FSRef pictureFile;
+        AliasHandle alias;
+        if (FSMakeFSRefCFString(package, *pictureName, kTextEncodingUnknown, pictureFile) == noErr &&
+            FSNewAlias(pictureFile, alias) == noErr)
+            setPictureFileAlias(alias.get());
+    }
+
+    // A missing sound folder is the result unless a later list was read after it.
+    OSStatus pending = noErr;
+    if (const plist_t loops = plistGetArray(root, LOOP_SOUNDS_ARRAY_KEY))
+        pending = loadLoopSoundsFromPlist(package, loops);
+    if (const plist_t environment = plistGetArray(root, ENVIRONMENT_SOUNDS_ARRAY_KEY))
+        pending = loadEnvironmentSoundsFromPlist(package, environment);
+
+    AliasHandle alias;
+    if (FSNewAlias(package, alias) == noErr) {
+        packageAlias = std::move(alias);
+        if (gPrefs) gPrefs->updateKnownWorlds(packageAlias.get(), name);
+    }
+    return pending;
+}
+
+}  // namespace sylvora

@@ -1,0 +1,245 @@
+// Saves that fail or are killed at every step of replacing a package must leave a complete world
+// on disk. The file-system calls a save makes to move items (renameat2) and to flush them (fsync)
+// are interposed for this executable: armed, they fail or kill the process at the N-th call.
+
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "packagetestfixture.h"
+#include "support/soundfiles.h"
+
+namespace {
+
+struct Injection {
+    bool armed = false;
+    int calls = 0;
+    int failFrom = -1;  // this call and every later one fails with EIO
+    int failOnly = -1;  // only this call fails
+    int killAt = -1;    // the process is killed at this call
+};
+Injection gRenames;
+Injection gSyncs;
+
+bool injectFault(Injection& injection) {
+    if (!injection.armed) return false;
+    const int call = ++injection.calls;
+    if (call == injection.killAt) ::raise(SIGKILL);
+    if (call == injection.failOnly || (injection.failFrom > 0 && call >= injection.failFrom)) {
+        errno = EIO;
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+extern "C" int renameat2(int oldDirectory, const char* oldPath, int newDirectory, const char* newPath,
+                         unsigned int flags) noexcept {
+    if (injectFault(gRenames)) return -1;
+    return static_cast<int>(::syscall(SYS_renameat2, oldDirectory, oldPath, newDirectory, newPath, flags));
+}
+
+extern "C" int fsync(int fd) {
+    if (injectFault(gSyncs)) return -1;
+    return static_cast<int>(::syscall(SYS_fsync, fd));
+}
+
+namespace sylvora::test {
+namespace {
+
+// The old world: "Old" with two loop sounds and one environment sound. The new world: "New" with
+// one loop sound and two environment sounds.
+class PackageFault : public ::testing::Test {
+protected:
+    static constexpr int SAMPLE_RATE = 48000;
+
+    void SetUp() override {
+        package = dir.filePath(QStringLiteral("Forest.sylvora"));
+        pristine = dir.filePath(QStringLiteral("pristine"));
+        Session session;
+        World& world = session.world;
+        world.setName(QStringLiteral("Old"));
+        world.addLoopSound(*alias(writeSound(QStringLiteral("sources/wind.wav"), 200)));
+        world.addLoopSound(*alias(writeSound(QStringLiteral("sources/rain.wav"), 300)));
+        world.addEnvironmentSound(*alias(writeSound(QStringLiteral("sources/owl.wav"), 500)));
+        writeSound(QStringLiteral("sources/frog.wav"), 700);
+        ASSERT_EQ(world.doSaveAs(dir.ref(), QStringLiteral("Forest.sylvora")), noErr);
+        old = snapshotTree(package);
+        ASSERT_TRUE(QDir().mkpath(pristine));
+        copyTree(package, pristine + QStringLiteral("/Forest.sylvora"));
+    }
+
+    // A world of its own, made after any fork, so that no engine thread is shared with a child.
+    struct Session {
+        audio::Engine engine{SAMPLE_RATE};
+        VirtualEventLoop loop;
+        World world{engine, loop, 5u};
+    };
+
+    QString writeSound(const QString& relative, double frequency) {
+        const QString path = dir.filePath(relative);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        ToneSpec tone;
+        tone.seconds = 0.2;
+        tone.frequency = frequency;
+        tone.sampleRate = SAMPLE_RATE;
+        EXPECT_TRUE(writeSoundFile(path, tone));
+        return path;
+    }
+
+    static AliasHandle alias(const QString& path) {
+        FSRef ref;
+        AliasHandle out;
+        FSPathMakeRef(path, ref);
+        FSNewAlias(ref, out);
+        return out;
+    }
+
+    static void copyTree(const QString& from, const QString& to) {
+        QDir().mkpath(to);
+        for (const QFileInfo& info : QDir(from).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+            const QString target = to + QLatin1Char('/') + info.fileName();
+            if (info.isDir()) copyTree(info.filePath(), target);
+            else QFile::copy(info.filePath(), target);
+        }
+    }
+
+    // Puts the old package back and removes whatever an interrupted save left.
+    void restore() {
+        QDir(package).removeRecursively();
+        for (const QString& name : tempFolders()) QDir(dir.filePath(name)).removeRecursively();
+        copyTree(pristine + QStringLiteral("/Forest.sylvora"), package);
+    }
+
+    QStringList tempFolders() const {
+        return entriesOf(dir.path()).filter(QRegularExpression(QStringLiteral("^temp -?\\d+\\.sylvora$")));
+    }
+
+    // Loads the package into the world and turns it into the new world, unsaved.
+    void editIntoNewWorld(World& world, const QString& packagePath) const {
+        FSRef ref;
+        FSPathMakeRef(packagePath, ref);
+        world.loadFromPackage(ref);
+        world.setName(QStringLiteral("New"));
+        world.removeLoopSound(world.getIndLoopSoundID(0));
+        world.addEnvironmentSound(*alias(dir.filePath(QStringLiteral("sources/frog.wav"))));
+        world.start();
+    }
+
+    enum class Content { None, Old, New };
+
+    // What a folder holds when loaded: the old world, the new world, or neither completely.
+    static Content contentOf(World& checker, const QString& folder) {
+        FSRef ref;
+        if (FSPathMakeRef(folder, ref) != noErr || checker.loadFromPackage(ref) != noErr) return Content::None;
+        const auto counts = std::pair(checker.getNumLoopSounds(), checker.getNumEnvironmentSounds());
+        if (checker.getName() == QStringLiteral("Old") && counts == std::pair(2, 1)) return Content::Old;
+        if (checker.getName() == QStringLiteral("New") && counts == std::pair(1, 2)) return Content::New;
+        return Content::None;
+    }
+
+    // Every complete world found in the destination and in any temporary folder.
+    std::vector<Content> completeWorlds() {
+        Session session;
+        std::vector<Content> found;
+        QStringList folders = tempFolders();
+        folders.prepend(QStringLiteral("Forest.sylvora"));
+        for (const QString& name : folders) {
+            const Content content = contentOf(session.world, dir.filePath(name));
+            if (content != Content::None) found.push_back(content);
+        }
+        return found;
+    }
+
+    TempDir dir;
+    QString package;
+    QString pristine;
+    QMap<QString, QByteArray> old;
+};
+
+TEST_F(PackageFault, FailedMoveAtAnyStepPutsTheOldPackageBack) {
+    int failedSaves = 0;
+    for (int step = 1; step < 64; ++step) {
+        SCOPED_TRACE(step);
+        Session session;
+        editIntoNewWorld(session.world, package);
+        gRenames = Injection{true, 0, -1, step, -1};
+        const OSStatus status = session.world.doSave();
+        gRenames.armed = false;
+        if (status == noErr) {
+            EXPECT_EQ(completeWorlds(), std::vector<Content>{Content::New});
+            EXPECT_TRUE(tempFolders().isEmpty());
+            break;
+        }
+        ++failedSaves;
+        EXPECT_TRUE(session.world.getModified());
+        EXPECT_EQ(snapshotTree(package), old);
+        EXPECT_TRUE(tempFolders().isEmpty());
+    }
+    // Every item of the old package goes aside and every item of the new one comes in.
+    EXPECT_GE(failedSaves, 6);
+}
+
+TEST_F(PackageFault, FailedUndoKeepsEveryCompleteCopy) {
+    for (int step = 1; step < 64; ++step) {
+        SCOPED_TRACE(step);
+        restore();
+        Session session;
+        editIntoNewWorld(session.world, package);
+        gRenames = Injection{true, 0, step, -1, -1};
+        const OSStatus status = session.world.doSave();
+        gRenames.armed = false;
+        if (status == noErr) break;
+        // Nothing is deleted while undoing fails, so one complete world is always left.
+        EXPECT_FALSE(completeWorlds().empty());
+        if (tempFolders().isEmpty()) {
+            EXPECT_EQ(snapshotTree(package), old);
+        }
+    }
+}
+
+TEST_F(PackageFault, KilledSaveLeavesACompleteWorldOnDisk) {
+    int kills = 0;
+    for (Injection* injection : {&gSyncs, &gRenames}) {
+        for (int step = 1; step < 64; ++step) {
+            SCOPED_TRACE(step);
+            restore();
+            std::fflush(nullptr);
+            const pid_t child = ::fork();
+            ASSERT_GE(child, 0);
+            if (child == 0) {
+                Session session;
+                editIntoNewWorld(session.world, package);
+                *injection = Injection{true, 0, -1, -1, step};
+                ::_exit(session.world.doSave() == noErr ? 0 : 1);
+            }
+            int waitStatus = 0;
+            ASSERT_EQ(::waitpid(child, &waitStatus, 0), child);
+            const std::vector<Content> found = completeWorlds();
+            EXPECT_FALSE(found.empty()) << "no complete world after a kill at call " << step;
+            if (WIFEXITED(waitStatus)) {
+                EXPECT_EQ(WEXITSTATUS(waitStatus), 0);
+                EXPECT_EQ(found, std::vector<Content>{Content::New});
+                break;
+            }
+            ASSERT_TRUE(WIFSIGNALED(waitStatus));
+            ++kills;
+        }
+    }
+    EXPECT_GE(kills, 10);
+}
+
+}  // namespace
+}  // namespace sylvora::test

@@ -1,0 +1,303 @@
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <vector>
+
+#include "core/prefs/knownworldsmenu.h"
+#include "core/prefs/preferences.h"
+#include "support/tempdir.h"
+
+namespace sylvora {
+namespace {
+
+struct MenuItem {
+    QString text;
+    quint32 commandID;
+    bool checked;
+    bool operator==(const MenuItem&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const MenuItem& item) {
+    return out << '{' << item.text.toStdString() << ", " << std::hex << item.commandID << std::dec << ", "
+               << item.checked << '}';
+}
+
+class RecordingMenu : public KnownWorldsMenu {
+public:
+    void clear() override { items.clear(); }
+    void appendItem(const QString& text, quint32 commandID, bool checked) override {
+        items.push_back({text, commandID, checked});
+    }
+    std::vector<MenuItem> items{{QStringLiteral("stale item"), 1, true}};
+};
+
+constexpr quint32 ZZZZ = 0x5A5A5A5A;
+
+class PreferencesTest : public ::testing::Test {
+protected:
+    QString settingsFile() const { return dir.filePath(QStringLiteral("Sylvora.ini")); }
+
+    // A world package folder; returns its alias.
+    AliasHandle package(const QString& name) {
+        const QString path = dir.makeDir(name);
+        AliasHandle alias;
+        EXPECT_EQ(FSNewAlias(test::refOf(path), alias), noErr);
+        return alias;
+    }
+
+    std::vector<QString> names(const Preferences& prefs) const {
+        std::vector<QString> out;
+        for (int i = 0; i < prefs.getNumKnownWorlds(); ++i) out.push_back(prefs.getIndKnownWorldName(i));
+        return out;
+    }
+
+    test::TempDir dir;
+};
+
+TEST_F(PreferencesTest, EverythingSurvivesARoundTripThroughTheStore) {
+    const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    const AliasHandle alps = package(QStringLiteral("Alps.sylvora"));
+    {
+        Preferences prefs(settingsFile());
+        prefs.setMasterVolume(0.25);
+        prefs.setLastWorldAlias(rain.get());
+        prefs.updateKnownWorlds(rain.get(), QStringLiteral("Regen, am Abend"));
+        prefs.updateKnownWorlds(alps.get(), QString());
+        prefs.savePreferences();
+    }
+    Preferences loaded(settingsFile());
+    EXPECT_EQ(loaded.getMasterVolume(), 1.0);  // nothing is read before loadPreferences
+    loaded.loadPreferences();
+    EXPECT_EQ(loaded.getMasterVolume(), 0.25);
+    ASSERT_NE(loaded.getLastWorldAlias(), nullptr);
+    FSRef resolved;
+    ASSERT_EQ(FSResolveAlias(*loaded.getLastWorldAlias(), resolved), noErr);
+    EXPECT_TRUE(FSCompareFSRefs(resolved, test::refOf(dir.filePath(QStringLiteral("Rain.sylvora")))));
+    EXPECT_EQ(names(loaded), (std::vector<QString>{QStringLiteral("Regen, am Abend"), QStringLiteral("Alps")}));
+
+    // The name is stored only when it is not empty; the alias always.
+    QSettings raw(settingsFile(), QSettings::IniFormat);
+    ASSERT_EQ(raw.beginReadArray(QStringLiteral("Known Worlds")), 2);
+    raw.setArrayIndex(0);
+    EXPECT_EQ(raw.value(QStringLiteral("Known World Name")).toString(), QStringLiteral("Regen, am Abend"));
+    EXPECT_EQ(raw.value(QStringLiteral("Known World Alias")).toByteArray(), rain->toBytes());
+}
+
+TEST_F(PreferencesTest, StoredValuesAreTakenAsTheyAreOrDropped) {
+    const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    {
+        QSettings raw(settingsFile(), QSettings::IniFormat);
+        raw.setValue(QStringLiteral("Master Volume"), 1.5);
+        raw.setValue(QStringLiteral("Last Played"), QByteArray("not an alias"));
+        raw.beginWriteArray(QStringLiteral("Known Worlds"));
+        raw.setArrayIndex(0);
+        raw.setValue(QStringLiteral("Known World Name"), QStringLiteral("Broken"));
+        raw.setValue(QStringLiteral("Known World Alias"), rain->toBytes().left(20));
+        raw.setArrayIndex(1);
+        raw.setValue(QStringLiteral("Known World Alias"), rain->toBytes() + QByteArray("x"));
+        raw.setArrayIndex(2);
+        raw.setValue(QStringLiteral("Known World Name"), QStringLiteral("No alias"));
+        raw.setArrayIndex(3);
+        raw.setValue(QStringLiteral("Known World Alias"), QStringLiteral("text, not data"));
+        raw.setArrayIndex(4);
+        raw.setValue(QStringLiteral("Known World Alias"), rain->toBytes());
+        raw.endArray();
+    }
+    Preferences prefs(settingsFile());
+    prefs.loadPreferences();
+    EXPECT_EQ(prefs.getMasterVolume(), 1.5);  // clamping belongs to the world
+    EXPECT_EQ(prefs.getLastWorldAlias(), nullptr);
+    // Only the intact record stays, named after its package since it had no name stored.
+    EXPECT_EQ(names(prefs), std::vector<QString>{QStringLiteral("Rain")});
+
+    {
+        QSettings raw(settingsFile(), QSettings::IniFormat);
+        raw.setValue(QStringLiteral("Master Volume"), QStringLiteral("loud"));
+    }
+    Preferences garbled(settingsFile());
+    garbled.loadPreferences();
+    EXPECT_EQ(garbled.getMasterVolume(), 1.0);
+}
+
+TEST_F(PreferencesTest, LastPlayedIsRemovedWhenThereIsNoLastWorld) {
+    const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    Preferences prefs(settingsFile());
+    prefs.setLastWorldAlias(rain.get());
+    prefs.savePreferences();
+    EXPECT_TRUE(QSettings(settingsFile(), QSettings::IniFormat).contains(QStringLiteral("Last Played")));
+
+    prefs.setLastWorldAlias(nullptr);
+    prefs.savePreferences();
+    EXPECT_FALSE(QSettings(settingsFile(), QSettings::IniFormat).contains(QStringLiteral("Last Played")));
+
+    // A last world whose package is gone is not reopened.
+    prefs.setLastWorldAlias(rain.get());
+    prefs.savePreferences();
+    ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("Rain.sylvora"))).removeRecursively());
+    Preferences later(settingsFile());
+    later.loadPreferences();
+    EXPECT_EQ(later.getLastWorldAlias(), nullptr);
+}
+
+TEST_F(PreferencesTest, NothingIsWrittenBeforeSave) {
+    const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    Preferences prefs(settingsFile());
+    prefs.loadPreferences();
+    prefs.setMasterVolume(0.5);
+    prefs.updateKnownWorlds(rain.get(), QStringLiteral("Rain"));
+    EXPECT_FALSE(QFile::exists(settingsFile()));
+}
+
+TEST_F(PreferencesTest, OnePackageIsOneRecordWhoseNameFollowsTheWorld) {
+    const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    const AliasHandle beach = package(QStringLiteral("Beach.sylvora"));
+    Preferences prefs(settingsFile());
+    prefs.updateKnownWorlds(rain.get(), QString());
+    prefs.updateKnownWorlds(beach.get(), QStringLiteral("beach"));
+    prefs.updateKnownWorlds(rain.get(), QString());
+    ASSERT_EQ(prefs.getNumKnownWorlds(), 2);
+    EXPECT_TRUE(prefs.isAKnownWorld(test::refOf(dir.filePath(QStringLiteral("Rain.sylvora")))));
+
+    RecordingMenu menu;
+    prefs.fillMenuWithKnownWorlds(menu, nullptr);
+    EXPECT_EQ(menu.items, (std::vector<MenuItem>{{QStringLiteral("beach"), ZZZZ, false},
+                                                 {QStringLiteral("Rain"), ZZZZ + 1, false}}));
+
+    // Naming the world re-sorts the list the next time the menu opens.
+    prefs.updateKnownWorlds(rain.get(), QStringLiteral("Alps"));
+    prefs.fillMenuWithKnownWorlds(menu, beach.get());
+    EXPECT_EQ(menu.items, (std::vector<MenuItem>{{QStringLiteral("Alps"), ZZZZ, false},
+                                                 {QStringLiteral("beach"), ZZZZ + 1, true}}));
+    ASSERT_NE(prefs.getIndKnownWorldAlias(1), nullptr);
+    EXPECT_EQ(prefs.getIndKnownWorldAlias(1)->recordedPath(), beach->recordedPath());
+    EXPECT_EQ(prefs.getIndKnownWorldAlias(2), nullptr);
+    EXPECT_EQ(prefs.getIndKnownWorldAlias(-1), nullptr);
+}
+
+TEST_F(PreferencesTest, DeletedPackagesLeaveTheMenuAndIdsCloseUp) {
+    Preferences prefs(settingsFile());
+    const QStringList worlds{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("D")};
+    std::vector<AliasHandle> aliases;
+    for (const QString& name : worlds) {
+        aliases.push_back(package(name + QStringLiteral(".sylvora")));
+        prefs.updateKnownWorlds(aliases.back().get(), name);
+    }
+    RecordingMenu menu;
+    prefs.fillMenuWithKnownWorlds(menu, aliases[3].get());
+    ASSERT_EQ(menu.items.size(), 4u);
+
+    // Made first: a folder made after a deletion could be given the deleted package's inode.
+    dir.makeDir(QStringLiteral("holder"));
+    ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("B.sylvora"))).removeRecursively());
+    // A package moved to another folder is not followed either.
+    ASSERT_TRUE(QDir(dir.path()).rename(QStringLiteral("C.sylvora"), QStringLiteral("holder/C.sylvora")));
+
+    prefs.fillMenuWithKnownWorlds(menu, aliases[3].get());
+    EXPECT_EQ(menu.items, (std::vector<MenuItem>{{QStringLiteral("A"), ZZZZ, false},
+                                                 {QStringLiteral("D"), ZZZZ + 1, true}}));
+    EXPECT_EQ(prefs.getNumKnownWorlds(), 2);
+    EXPECT_EQ(prefs.getIndKnownWorldAlias(1)->recordedPath(), aliases[3]->recordedPath());
+
+    // A record that cannot be resolved for another reason than "gone" stays listed.
+    const QString blockedParent = dir.makeDir(QStringLiteral("blocked"));
+    const AliasHandle blocked = package(QStringLiteral("blocked/E.sylvora"));
+    prefs.updateKnownWorlds(blocked.get(), QStringLiteral("E"));
+    ASSERT_TRUE(QDir(blockedParent).removeRecursively());
+    dir.writeFile(QStringLiteral("blocked"), QByteArray("a file where a folder was"));
+    prefs.fillMenuWithKnownWorlds(menu, nullptr);
+    EXPECT_EQ(menu.items, (std::vector<MenuItem>{{QStringLiteral("A"), ZZZZ, false},
+                                                 {QStringLiteral("D"), ZZZZ + 1, false},
+                                                 {QStringLiteral("E"), ZZZZ + 2, false}}));
+}
+
+TEST_F(PreferencesTest, SearchStopsAtTheFirstRecordThatDoesNotResolve) {
+    Preferences prefs(settingsFile());
+    const AliasHandle gone = package(QStringLiteral("Gone.sylvora"));
+    const AliasHandle kept = package(QStringLiteral("Kept.sylvora"));
+    prefs.updateKnownWorlds(gone.get(), QStringLiteral("Gone"));
+    prefs.updateKnownWorlds(kept.get(), QStringLiteral("Kept"));
+    ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("Gone.sylvora"))).removeRecursively());
+    EXPECT_FALSE(prefs.isAKnownWorld(test::refOf(dir.filePath(QStringLiteral("Kept.sylvora")))));
+}
+
+TEST_F(PreferencesTest, SortingPutsUnnamedFirstAndIgnoresCase) {
+    KnownWorld unnamed;
+    KnownWorld alps{nullptr, QStringLiteral("Alps")};
+    KnownWorld beach{nullptr, QStringLiteral("beach")};
+    KnownWorld beachUpper{nullptr, QStringLiteral("BEACH")};
+    EXPECT_LT(Preferences::sortWorldsQSortComparator(&unnamed, &alps), 0);
+    EXPECT_GT(Preferences::sortWorldsQSortComparator(&alps, &unnamed), 0);
+    EXPECT_EQ(Preferences::sortWorldsQSortComparator(&unnamed, &unnamed), 0);
+    EXPECT_LT(Preferences::sortWorldsQSortComparator(&alps, &beach), 0);
+    EXPECT_GT(Preferences::sortWorldsQSortComparator(&beach, &alps), 0);
+    EXPECT_EQ(Preferences::sortWorldsQSortComparator(&beach, &beachUpper), 0);
+
+    Preferences prefs(settingsFile());
+    const QStringList stored{QStringLiteral("zebra"), QStringLiteral("beach"), QStringLiteral("Alps"),
+                             QStringLiteral("Cliffs"), QStringLiteral("alpine")};
+    std::vector<AliasHandle> aliases;
+    for (int i = 0; i < stored.size(); ++i) {
+        aliases.push_back(package(QStringLiteral("W%1.sylvora").arg(i)));
+        prefs.updateKnownWorlds(aliases.back().get(), stored[i]);
+    }
+    RecordingMenu menu;
+    prefs.fillMenuWithKnownWorlds(menu, nullptr);
+    QStringList shown;
+    for (const MenuItem& item : menu.items) shown << item.text;
+    EXPECT_EQ(shown, (QStringList{QStringLiteral("alpine"), QStringLiteral("Alps"), QStringLiteral("beach"),
+                                  QStringLiteral("Cliffs"), QStringLiteral("zebra")}));
+}
+
+TEST_F(PreferencesTest, TheListHoldsAtMostTwoHundredWorlds) {
+    Preferences prefs(settingsFile());
+    std::vector<AliasHandle> aliases;
+    for (int i = 0; i <= Preferences::MAX_KNOWN_WORLDS; ++i) {
+        aliases.push_back(package(QStringLiteral("World %1.sylvora").arg(i)));
+        prefs.updateKnownWorlds(aliases.back().get(), QString());
+    }
+    EXPECT_EQ(prefs.getNumKnownWorlds(), Preferences::MAX_KNOWN_WORLDS);
+    EXPECT_FALSE(prefs.isAKnownWorld(test::refOf(dir.filePath(QStringLiteral("World 200.sylvora")))));
+    // A listed world is still renamed when the list is full.
+    prefs.updateKnownWorlds(aliases[7].get(), QStringLiteral("Seven"));
+    prefs.savePreferences();
+
+    Preferences loaded(settingsFile());
+    loaded.loadPreferences();
+    EXPECT_EQ(loaded.getNumKnownWorlds(), Preferences::MAX_KNOWN_WORLDS);
+    RecordingMenu menu;
+    loaded.fillMenuWithKnownWorlds(menu, aliases[7].get());
+    ASSERT_EQ(menu.items.size(), 200u);
+    EXPECT_EQ(menu.items.back(), (MenuItem{QStringLiteral("World 99"), ZZZZ + 199, false}));
+    int checked = 0;
+    for (const MenuItem& item : menu.items) checked += item.checked ? 1 : 0;
+    EXPECT_EQ(checked, 1);
+}
+
+TEST_F(PreferencesTest, ListConversionKeepsOrderAndSkipsMalformedElements) {
+    const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    const AliasHandle beach = package(QStringLiteral("Beach.sylvora"));
+    Preferences prefs(settingsFile());
+    prefs.updateKnownWorlds(rain.get(), QStringLiteral("Rain"));
+    prefs.updateKnownWorlds(beach.get(), QStringLiteral("Beach"));
+    QVariantList array = prefs.createCFArrayOfKnownWorlds();
+    ASSERT_EQ(array.size(), 2);
+    EXPECT_EQ(array[0].toMap().value(QStringLiteral("Known World Name")).toString(), QStringLiteral("Rain"));
+
+    array.prepend(QStringLiteral("not a dictionary"));
+    array.append(QVariantMap{{QStringLiteral("Known World Alias"), QStringLiteral("not data")}});
+    array.append(array[1]);  // the same package twice is one record
+
+    Preferences other(settingsFile());
+    other.extractKnownWorldsFromCFArray(array);
+    EXPECT_EQ(names(other), (std::vector<QString>{QStringLiteral("Rain"), QStringLiteral("Beach")}));
+    other.clearKnownWorlds();
+    EXPECT_EQ(other.getNumKnownWorlds(), 0);
+    other.removeFromKnownWorlds(0);  // nothing to remove
+    prefs.removeFromKnownWorlds(0);
+    EXPECT_EQ(names(prefs), std::vector<QString>{QStringLiteral("Beach")});
+}
+
+}  // namespace
+}  // namespace sylvora
