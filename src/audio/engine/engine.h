@@ -45,6 +45,14 @@ public:
     // [any] Blocks of a streaming instance that were not ready in time (played as silence).
     std::uint64_t underruns() const noexcept;
 
+    // [main] Blocks until the streaming thread has answered every request made so far and filled
+    // every ring it holds. For offline rendering and tests, which pull faster than real time.
+    void waitForStreams();
+    // [main] Bytes of short sounds held decoded in memory (shared by all instances of a file).
+    std::size_t decodedBytes();
+    // [any] Rings the streaming thread holds for instances that play or are about to.
+    std::size_t ringsInUse() const noexcept;
+
     struct Impl;
     Impl& impl() noexcept { return *impl_; }
 

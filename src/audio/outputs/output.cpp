@@ -1,0 +1,27 @@
+#include "audio/outputs/output.h"
+
+#include <cstdio>
+
+#include "audio/outputs/null/nulloutput.h"
+#include "audio/outputs/sdl/sdloutput.h"
+
+namespace sylvora::audio {
+
+std::unique_ptr<AudioOutput> openDeviceOutput(Engine& engine, std::string& error) {
+    return SdlOutput::open(engine, error);
+}
+
+std::unique_ptr<AudioOutput> makeNullOutput(Engine& engine) {
+    return std::make_unique<NullOutput>(engine);
+}
+
+std::unique_ptr<AudioOutput> openDefaultOutput(Engine& engine) {
+    std::string error;
+    if (auto device = openDeviceOutput(engine, error))
+        return device;
+    std::fprintf(stderr, "Sylvora: no sound device (%s); playing silently.\n",
+                 error.empty() ? "unknown" : error.c_str());
+    return makeNullOutput(engine);
+}
+
+}  // namespace sylvora::audio

@@ -1,0 +1,59 @@
+#include "audio/outputs/sdl/sdloutput.h"
+
+#include "audio/engine/engine.h"
+
+namespace sylvora::audio {
+
+std::unique_ptr<SdlOutput> SdlOutput::open(Engine& engine, std::string& error) {
+    if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) {
+        error = SDL_GetError();
+        return nullptr;
+    }
+    std::unique_ptr<SdlOutput> output(new SdlOutput(engine));
+    SDL_AudioSpec want{};
+    want.freq = engine.sampleRate();
+    want.format = AUDIO_F32SYS;
+    want.channels = 2;
+    want.samples = BUFFER_FRAMES;
+    want.callback = &SdlOutput::callback;
+    want.userdata = output.get();
+    SDL_AudioSpec have{};
+    // SDL can initialise and still have no device to open (no server, no card): that is "no device".
+    output->device_ = SDL_OpenAudioDevice(nullptr, 0, &want, &have, 0);
+    if (output->device_ == 0) {
+        error = SDL_GetError();
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        return nullptr;
+    }
+    const char* driver = SDL_GetCurrentAudioDriver();
+    output->description_ = std::string("SDL ") + (driver ? driver : "audio") + " device, " +
+                           std::to_string(have.freq) + " Hz, " + std::to_string(have.samples) + " frames";
+    return output;
+}
+
+SdlOutput::~SdlOutput() {
+    if (device_ != 0) {
+        SDL_CloseAudioDevice(device_);
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    }
+}
+
+bool SdlOutput::start() {
+    SDL_PauseAudioDevice(device_, 0);
+    return true;
+}
+
+void SdlOutput::stop() {
+    // Once paused, SDL guarantees the callback is not running and will not run again.
+    SDL_PauseAudioDevice(device_, 1);
+    SDL_LockAudioDevice(device_);
+    SDL_UnlockAudioDevice(device_);
+}
+
+void SdlOutput::callback(void* self, Uint8* stream, int length) {
+    auto* output = static_cast<SdlOutput*>(self);
+    output->engine_.render(reinterpret_cast<float*>(stream),
+                           static_cast<std::size_t>(length) / (2 * sizeof(float)));
+}
+
+}  // namespace sylvora::audio
