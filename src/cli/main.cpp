@@ -1,1 +1,45 @@
-int main() { return 0; }
+// sylvora-cli: plays, renders and describes Sylvora worlds from a terminal.
+
+#include <QCoreApplication>
+#include <cstdio>
+
+#include "cli/clioptions.h"
+#include "cli/infocommand.h"
+#include "cli/playcommand.h"
+#include "cli/rendercommand.h"
+#include "core/strings/stringresources.h"
+
+using namespace sylvora::cli;
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("sylvora-cli"));
+    sylvora::installStringTables();
+
+    const ParseResult parsed = parseCommandLine(QCoreApplication::arguments().mid(1));
+    const CliOptions& options = parsed.options;
+    if (!parsed.error.isEmpty()) {
+        std::fprintf(stderr, "sylvora-cli: %s\n", qPrintable(parsed.error));
+        std::fprintf(stderr, "Try 'sylvora-cli %s--help' for more information.\n",
+                     options.command == Command::Play     ? "play "
+                     : options.command == Command::Render ? "render "
+                     : options.command == Command::Info   ? "info "
+                                                          : "");
+        return EXIT_USAGE;
+    }
+    if (options.version) {
+        std::printf("sylvora-cli %s\n", SYLVORA_VERSION);
+        return 0;
+    }
+    if (options.help) {
+        std::fputs(qPrintable(usageText(options.command)), stdout);
+        return 0;
+    }
+    switch (options.command) {
+    case Command::Play: return runPlay(options);
+    case Command::Render: return runRender(options);
+    case Command::Info: return runInfo(options);
+    case Command::None: break;
+    }
+    return EXIT_USAGE;
+}

@@ -1,0 +1,55 @@
+# Shared by the world-level figure scripts (sourced, not run): a scratch folder under /tmp, the
+# built programs, CPU and memory readings from /proc, and a private PulseAudio server.
+
+build=$(cd "${1:-build}" && pwd)
+cli="$build/src/cli/sylvora-cli"
+synth="$build/tools/examplesynth/examplesynth"
+for program in "$cli" "$synth"; do
+  [[ -x $program ]] || { echo "missing $program: build the sylvora-cli and examplesynth targets first" >&2; exit 1; }
+done
+scratch=$(mktemp -d /tmp/sylvora-bench-XXXXXX)
+cleanups=()
+cleanup() {
+  local i
+  for ((i = ${#cleanups[@]} - 1; i >= 0; i--)); do eval "${cleanups[i]}" || true; done
+  rm -rf "$scratch"
+}
+trap cleanup EXIT
+
+# CPU seconds (user + system) a process has used so far.
+cpu_seconds() {
+  local fields
+  read -ra fields < <(sed 's/^.*) //' "/proc/$1/stat")
+  # After the command name: field 14 (utime) and 15 (stime) of stat are at 11 and 12 here.
+  echo "scale=4; (${fields[11]} + ${fields[12]}) / $(getconf CLK_TCK)" | bc
+}
+
+# Resident memory of a process in kB.
+rss_kb() { awk '/^VmRSS:/ { print $2 }' "/proc/$1/status"; }
+
+now() { date +%s.%N; }
+
+# Starts a private PulseAudio daemon with a null sink "sylvora_bench" and exports what clients
+# need to reach it.
+start_pulse() {
+  local dir="$scratch/pulse"
+  mkdir -p "$dir/run/pulse" "$dir/home" "$dir/state"
+  chmod 700 "$dir/run"
+  export XDG_RUNTIME_DIR="$dir/run" PULSE_RUNTIME_PATH="$dir/run/pulse" PULSE_STATE_PATH="$dir/state"
+  export HOME="$dir/home"
+  pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=false --system=false --log-target=stderr \
+    --load="module-null-sink sink_name=sylvora_bench rate=48000" \
+    --load="module-native-protocol-unix socket=$dir/run/native auth-anonymous=1" 2> "$dir/log" &
+  pulse_pid=$!
+  cleanups+=("kill $pulse_pid 2>/dev/null; wait $pulse_pid 2>/dev/null")
+  export PULSE_SERVER="unix:$dir/run/native" PULSE_SINK=sylvora_bench
+  local tries=0
+  until pactl info > /dev/null 2>&1; do
+    kill -0 "$pulse_pid" 2>/dev/null || { cat "$dir/log" >&2; echo "pulseaudio did not start" >&2; exit 1; }
+    ((++tries < 200)) || { echo "pulseaudio does not answer" >&2; exit 1; }
+    sleep 0.05
+  done
+}
+
+# The least of a list of numbers.
+least() { printf '%s\n' "$@" | sort -g | head -n 1; }

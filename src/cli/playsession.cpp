@@ -1,0 +1,99 @@
+#include "cli/playsession.h"
+
+#include <QCoreApplication>
+#include <cmath>
+
+#include "audio/engine/engine.h"
+#include "cli/timeparsing.h"
+
+namespace sylvora::cli {
+
+PlaySession::PlaySession(World& playing, QString worldName, std::optional<double> seconds)
+    : world(playing), name(std::move(worldName)), duration(seconds), line(stdout) {
+    statusTimer.setInterval(line.onTerminal() ? STATUS_INTERVAL_MS : LOG_STATUS_INTERVAL_MS);
+    QObject::connect(&statusTimer, &QTimer::timeout, [this] { showStatus(); });
+    fadeTimer.setTimerType(Qt::PreciseTimer);
+    fadeTimer.setInterval(static_cast<int>(std::lround(World::MOVIES_TASK_TIMER_INTERVAL * 1000.0)));
+    QObject::connect(&fadeTimer, &QTimer::timeout, [this] { fadeStep(); });
+    durationTimer.setSingleShot(true);
+    durationTimer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&durationTimer, &QTimer::timeout, [this] { finish(false); });
+}
+
+double PlaySession::elapsed() const {
+    return world.getEventLoop().currentEventTime() - startedAt;
+}
+
+void PlaySession::begin() {
+    startedAt = world.getEventLoop().currentEventTime();
+    world.start();
+    statusTimer.start();
+    if (duration) {
+        // The fade ends at the duration rather than a second after it.
+        const double fadeStart = std::max(0.0, *duration - 1.0);
+        durationTimer.start(static_cast<int>(std::lround(fadeStart * 1000.0)));
+    }
+    showStatus();
+}
+
+void PlaySession::finish(bool immediately) {
+    if (fadeTick < 0 && !immediately) {
+        fadeTick = 0;
+        volumeBeforeFade = world.getVolume();
+        fadeTimer.start();
+        return;
+    }
+    fadeTimer.stop();
+    statusTimer.stop();
+    durationTimer.stop();
+    world.stop();
+    showStatus();
+    line.finish();
+    QCoreApplication::quit();
+}
+
+void PlaySession::fadeStep() {
+    ++fadeTick;
+    // Equal steps of the volume over fifteen ticks; the engine ramps within each step.
+    world.setVolume(volumeBeforeFade * (1.0 - static_cast<double>(fadeTick) / FADE_TICKS));
+    if (fadeTick >= FADE_TICKS) {
+        finish(true);
+    }
+}
+
+void PlaySession::showStatus() {
+    const double now = world.getEventLoop().currentEventTime();
+    observer.poll(world, now);
+    // On a terminal the line is rewritten in place; a log gets a line only when something a
+    // listener hears changes, so it leaves out what moves by itself (the clock, the volume).
+    const bool live = line.onTerminal();
+    if (!live && fadeTick >= 0) {
+        return;
+    }
+    QStringList parts;
+    parts << (name.isEmpty() ? QStringLiteral("(untitled world)") : name);
+    if (live) {
+        parts << formatClock(elapsed());
+    }
+    const QString loops = observer.playingLoops();
+    parts << QStringLiteral("loop: %1").arg(loops.isEmpty() ? QStringLiteral("-") : loops);
+    QString heard = observer.lastEnvironmentSound();
+    if (heard.isEmpty()) {
+        heard = QStringLiteral("-");
+    } else if (live) {
+        heard += QStringLiteral(" (%1 ago)").arg(formatClock(now - observer.lastEnvironmentSoundTime()));
+    }
+    parts << QStringLiteral("last heard: %1").arg(heard);
+    if (live) {
+        parts << QStringLiteral("volume %1%").arg(std::lround(world.getVolume() * 100.0));
+    }
+    if (const std::uint64_t underruns = world.getEngine().underruns(); underruns > 0) {
+        parts << QStringLiteral("underruns %1").arg(underruns);
+    }
+    if (live && fadeTick >= 0 && world.isPlaying()) {
+        parts << QStringLiteral("fading out");
+    }
+    line.show(parts.join(QStringLiteral(" | ")));
+}
+
+}  // namespace sylvora::cli

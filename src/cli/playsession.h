@@ -1,0 +1,49 @@
+#pragma once
+
+// A world playing live on the Qt event loop, with its status line and its way out: Ctrl+C, SIGTERM
+// or the end of the duration start a one-second fade of the world's volume, after which playback
+// stops and the event loop quits. A second Ctrl+C during the fade stops at once.
+
+#include <QString>
+#include <QTimer>
+#include <optional>
+
+#include "cli/playbackobserver.h"
+#include "cli/statusline.h"
+#include "core/world/world.h"
+
+namespace sylvora::cli {
+
+class PlaySession {
+public:
+    static constexpr int FADE_TICKS = 15;  // one second at the world's own tick rate
+    static constexpr int STATUS_INTERVAL_MS = 100;      // a live line on a terminal
+    static constexpr int LOG_STATUS_INTERVAL_MS = 250;  // change lines in a log
+
+    PlaySession(World& world, QString worldName, std::optional<double> duration);
+
+    // [main] Starts the world and the timers; the caller then runs the Qt event loop.
+    void begin();
+    // [main] Starts the fade-out (once); `immediately` skips it.
+    void finish(bool immediately);
+
+    double elapsed() const;
+
+private:
+    void showStatus();
+    void fadeStep();
+
+    World& world;
+    QString name;
+    std::optional<double> duration;
+    double startedAt = 0.0;
+    double volumeBeforeFade = 1.0;
+    int fadeTick = -1;  // -1 while not fading
+    PlaybackObserver observer;
+    StatusLine line;
+    QTimer statusTimer;
+    QTimer fadeTimer;
+    QTimer durationTimer;
+};
+
+}  // namespace sylvora::cli

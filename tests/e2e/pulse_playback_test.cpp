@@ -1,0 +1,95 @@
+// The whole road of a sound, end to end: a world package on disk, loaded and played by the built
+// sylvora-cli through its SDL2 output into a real PulseAudio server, recorded from the server's
+// sink and measured. Only a machine where no PulseAudio can run skips it.
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+#include "pulseserver.h"
+#include "support/soundfiles.h"
+#include "support/tempdir.h"
+#include "toneanalysis.h"
+
+using namespace sylvora::test;
+
+namespace {
+
+constexpr int RECORD_RATE = 48000;
+constexpr double TONE_HZ = 1000.0;
+
+// A world whose one loop sound is a steady 1 kHz tone.
+QString writeToneWorld(const TempDir& temp) {
+    const QString package = temp.makeDir(QStringLiteral("Tone.sylvora"));
+    temp.makeDir(QStringLiteral("Tone.sylvora/Loop Sounds"));
+    temp.makeDir(QStringLiteral("Tone.sylvora/Environment Sounds"));
+    ToneSpec tone;
+    tone.frequency = TONE_HZ;
+    tone.amplitude = 0.5;
+    tone.seconds = 20.0;
+    tone.sampleRate = 44100;  // not the device's rate, so the resampler is on the road too
+    EXPECT_TRUE(writeSoundFile(QDir(package).filePath(QStringLiteral("Loop Sounds/tone.flac")), tone));
+    temp.writeFile(QStringLiteral("Tone.sylvora/data.plist"),
+                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+                   "<key>Name</key><string>Tone</string>"
+                   "<key>Loop Sounds Crossfade Duration</key><integer>0</integer>"
+                   "<key>Loop Sounds</key><array><dict><key>File Name</key><string>tone.flac</string>"
+                   "<key>Volume</key><real>1.0</real></dict></array>"
+                   "<key>Environment Sounds</key><array/></dict></plist>\n");
+    return package;
+}
+
+}  // namespace
+
+TEST(PulseAudioPlayback, ToneWorldReachesTheSoundServerAtItsPitch) {
+    TempDir temp;
+    PulseServer server(temp.makeDir(QStringLiteral("pulse")));
+    QString why;
+    if (!server.start(why)) {
+        GTEST_SKIP() << "No PulseAudio server can run here: " << why.toStdString();
+    }
+    const QString package = writeToneWorld(temp);
+
+    // Record what reaches the sink, from before the player starts until after it ends.
+    const QString recording = temp.filePath(QStringLiteral("recording.raw"));
+    QProcess recorder;
+    recorder.setProcessEnvironment(server.clientEnvironment());
+    recorder.setStandardOutputFile(recording);
+    recorder.start(QStringLiteral("parec"), {QStringLiteral("-d"), QStringLiteral("sylvora_test.monitor"),
+                                             QStringLiteral("--raw"), QStringLiteral("--format=s16le"),
+                                             QStringLiteral("--rate=%1").arg(RECORD_RATE), QStringLiteral("--channels=2"),
+                                             QStringLiteral("--latency-msec=50")});
+    ASSERT_TRUE(recorder.waitForStarted(-1)) << recorder.errorString().toStdString();
+
+    QProcess player;
+    QProcessEnvironment playerEnvironment = server.clientEnvironment();
+    const QString lsan = playerEnvironment.value(QStringLiteral("LSAN_OPTIONS"));
+    playerEnvironment.insert(QStringLiteral("LSAN_OPTIONS"),
+                             (lsan.isEmpty() ? QString() : lsan + u':') +
+                                 QStringLiteral("suppressions=" SYLVORA_E2E_LEAK_SUPPRESSIONS ":print_suppressions=0"));
+    player.setProcessEnvironment(playerEnvironment);
+    player.start(QStringLiteral(SYLVORA_CLI_PATH), {QStringLiteral("play"), package, QStringLiteral("--duration"), QStringLiteral("4")});
+    ASSERT_TRUE(player.waitForFinished(-1));
+    const QString playerErrors = QString::fromLocal8Bit(player.readAllStandardError());
+    EXPECT_EQ(player.exitCode(), 0) << playerErrors.toStdString();
+    // It played into the device, not into the silent fallback.
+    EXPECT_FALSE(playerErrors.contains(QStringLiteral("no sound device"))) << playerErrors.toStdString();
+    EXPECT_TRUE(QString::fromLocal8Bit(player.readAllStandardOutput()).contains(QStringLiteral("Played 'Tone'")));
+
+    recorder.terminate();
+    recorder.waitForFinished(-1);
+    server.stop();
+
+    QFile file(recording);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const std::vector<float> samples = monoFromS16Stereo(file.readAll());
+    ASSERT_GE(samples.size(), std::size_t{RECORD_RATE * 2}) << "the recording holds less than two seconds";
+
+    const std::size_t window = RECORD_RATE;  // one second
+    const std::size_t loudest = loudestWindow(samples, window);
+    // A 0.5 peak sine at full volume has an RMS of 0.35; well above the floor, whatever the mixing.
+    EXPECT_GT(rms(samples, loudest, window), 0.15);
+    EXPECT_NEAR(dominantFrequency(samples, loudest, window, RECORD_RATE, 100.0, 8000.0), TONE_HZ, 3.0);
+}

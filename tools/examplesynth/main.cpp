@@ -1,0 +1,87 @@
+// examplesynth: generates the example world at build time, and assembles worlds from sound files
+// for the benchmark scripts.
+//
+//   examplesynth example OUTPUT_FOLDER
+//       writes OUTPUT_FOLDER/Evening Forest.sylvora
+//   examplesynth assemble PACKAGE.sylvora [--name NAME] [--crossfade S]
+//                [--loop FILE]... [--environment FILE]... [--interval MIN:MAX]
+//       saves a world of those files; --interval applies to the environment sounds
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <cstdio>
+
+#include "core/strings/stringresources.h"
+#include "eveningforest.h"
+#include "packagewriter.h"
+
+namespace {
+
+int fail(const QString& message) {
+    std::fprintf(stderr, "examplesynth: %s\n", message.toLocal8Bit().constData());
+    return 1;
+}
+
+int runExample(const QStringList& arguments) {
+    if (arguments.size() != 1) return fail(QStringLiteral("usage: examplesynth example OUTPUT_FOLDER"));
+    const QString folder = QFileInfo(arguments[0]).absoluteFilePath();
+    if (!QDir().mkpath(folder)) return fail(QStringLiteral("cannot create %1").arg(folder));
+    QTemporaryDir staging(QDir(folder).filePath(QStringLiteral(".staging-XXXXXX")));
+    if (!staging.isValid()) return fail(QStringLiteral("cannot create a staging folder in %1").arg(folder));
+    const QString package = QDir(folder).filePath(QStringLiteral("Evening Forest.sylvora"));
+    if (const QString error = sylvora::synth::buildEveningForest(staging.path(), package); !error.isEmpty()) {
+        return fail(error);
+    }
+    std::printf("examplesynth: wrote %s\n", package.toLocal8Bit().constData());
+    return 0;
+}
+
+int runAssemble(const QStringList& arguments) {
+    sylvora::synth::WorldRecipe recipe;
+    QString package;
+    int minInterval = 20;
+    int maxInterval = 40;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        const bool hasValue = i + 1 < arguments.size();
+        if (argument == u"--name" && hasValue) {
+            recipe.name = arguments[++i];
+        } else if (argument == u"--crossfade" && hasValue) {
+            recipe.crossfade = arguments[++i].toInt();
+        } else if (argument == u"--loop" && hasValue) {
+            recipe.loops.push_back({QFileInfo(arguments[++i]).absoluteFilePath(), 1.0});
+        } else if (argument == u"--environment" && hasValue) {
+            recipe.environment.push_back({QFileInfo(arguments[++i]).absoluteFilePath(), 1.0, 1.0, minInterval, maxInterval, -1});
+        } else if (argument == u"--interval" && hasValue) {
+            const QStringList bounds = arguments[++i].split(u':');
+            if (bounds.size() != 2) return fail(QStringLiteral("--interval wants MIN:MAX"));
+            minInterval = bounds[0].toInt();
+            maxInterval = bounds[1].toInt();
+            for (auto& sound : recipe.environment) {
+                sound.minInterval = minInterval;
+                sound.maxInterval = maxInterval;
+            }
+        } else if (!argument.startsWith(u"--") && package.isEmpty()) {
+            package = QFileInfo(argument).absoluteFilePath();
+        } else {
+            return fail(QStringLiteral("unexpected argument '%1'").arg(argument));
+        }
+    }
+    if (!package.endsWith(QStringLiteral(".sylvora"))) return fail(QStringLiteral("the package name must end in .sylvora"));
+    if (const QString error = sylvora::synth::writeWorldPackage(recipe, package); !error.isEmpty()) return fail(error);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    sylvora::installStringTables();
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    const QString mode = arguments.isEmpty() ? QString() : arguments.takeFirst();
+    if (mode == u"example") return runExample(arguments);
+    if (mode == u"assemble") return runAssemble(arguments);
+    return fail(QStringLiteral("usage: examplesynth example OUTPUT_FOLDER | examplesynth assemble PACKAGE.sylvora [options]"));
+}
