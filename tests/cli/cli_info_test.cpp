@@ -101,7 +101,7 @@ TEST_F(InfoOnPackages, SkippedEntriesBecomeWarningsAndTheLoadStillSucceeds) {
     ASSERT_TRUE(addSound(package, QStringLiteral("Environment Sounds"), QStringLiteral("e.wav"), shortTone(880)));
     temp.writeFile(QStringLiteral("Brook.sylvora/Loop Sounds/garbage.wav"), "not a sound at all");
     temp.writeFile(QStringLiteral("Brook.sylvora/data.plist"),
-                   plistXml(QStringLiteral("<key>Name</key><string>Brook</string>"
+                   xmlPlist(QStringLiteral("<key>Name</key><string>Brook</string>"
                                            "<key>Picture File Name</key><string>gone.png</string>"
                                            "<key>Environment Sound Groups</key><array>") +
                             groupEntry(QStringLiteral("Frogs"), 5, 9) + QStringLiteral("<string>odd</string></array>"
@@ -135,48 +135,46 @@ TEST_F(InfoOnPackages, SkippedEntriesBecomeWarningsAndTheLoadStillSucceeds) {
 
     QStringList warnings;
     for (const QJsonValue warning : world["warnings"].toArray()) warnings << warning.toString();
-    const auto mentions = [&](const QString& text) {
-        return std::any_of(warnings.begin(), warnings.end(), [&](const QString& w) { return w.contains(text); });
-    };
-    EXPECT_TRUE(mentions(QStringLiteral("group entry 2 skipped: not a dictionary")));
-    EXPECT_TRUE(mentions(QStringLiteral("picture 'gone.png' skipped")));
-    EXPECT_TRUE(mentions(QStringLiteral("loop sound 'missing.wav' skipped: no such file")));
-    EXPECT_TRUE(mentions(QStringLiteral("loop sound 'a.wav' skipped: the same file as an earlier entry")));
-    EXPECT_TRUE(mentions(QStringLiteral("loop sound '../data.plist' skipped: not a plain file name")));
-    EXPECT_TRUE(mentions(QStringLiteral("loop sound 'garbage.wav' skipped: the file could not be loaded")));
-    EXPECT_TRUE(mentions(QStringLiteral("loop sound entry 6 skipped: no \"File Name\"")));
-    EXPECT_TRUE(mentions(QStringLiteral("\"Group Index\" 3 names no group")));
+    for (const char* expected : {"group entry 2 skipped: not a dictionary", "picture 'gone.png' skipped",
+                                 "loop sound 'missing.wav' skipped: no such file",
+                                 "loop sound 'a.wav' skipped: the same file as an earlier entry",
+                                 "loop sound '../data.plist' skipped: not a plain file name",
+                                 "loop sound 'garbage.wav' skipped: the file could not be loaded",
+                                 "loop sound entry 6 skipped: no \"File Name\"", "\"Group Index\" 3 names no group"}) {
+        EXPECT_TRUE(std::any_of(warnings.begin(), warnings.end(), [&](const QString& w) { return w.contains(QLatin1String(expected)); }))
+            << expected;
+    }
     EXPECT_EQ(warnings.size(), 8) << warnings.join(u'\n').toStdString();
 }
 
-TEST_F(InfoOnPackages, MissingDescriptionFailsWithOneLineNamingTheFile) {
-    const CliResult result = runCli({"info", package, "--json"});
-    EXPECT_EQ(result.exitCode, 1);
-    const QStringList lines = nonEmptyLines(result.err);
-    ASSERT_EQ(lines.size(), 1) << result.err.toStdString();
-    EXPECT_TRUE(lines[0].contains(QDir(package).filePath(QStringLiteral("data.plist"))));
-    EXPECT_TRUE(lines[0].contains(QStringLiteral("status -43")));
-    // The object is printed even so, with the status and nothing loaded.
-    const QJsonObject world = parseJson(result);
-    EXPECT_EQ(world["status"].toInt(), -43);
-    EXPECT_TRUE(world["name"].isNull());
-    EXPECT_TRUE(world["loop_sounds"].toArray().isEmpty());
-}
-
-TEST_F(InfoOnPackages, UnparsableDescriptionFailsWithStatusMinusOne) {
-    temp.writeFile(QStringLiteral("Brook.sylvora/data.plist"), "<plist><dict><key>Name</key>");
-    const CliResult result = runCli({"info", package, "--json"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(parseJson(result)["status"].toInt(), -1);
-    const QStringList lines = nonEmptyLines(result.err);
-    ASSERT_EQ(lines.size(), 1);
-    EXPECT_TRUE(lines[0].contains(QStringLiteral("data.plist' is not a readable property list")));
+// A description that is missing or unreadable: one line on stderr naming the file, status 1, and
+// the object printed even so with the status and nothing loaded.
+TEST_F(InfoOnPackages, AnUnusableDescriptionFailsWithOneLineNamingTheFile) {
+    const QString data = QDir(package).filePath(QStringLiteral("data.plist"));
+    for (const bool present : {false, true}) {
+        SCOPED_TRACE(present ? "unparsable" : "missing");
+        if (present) temp.writeFile(QStringLiteral("Brook.sylvora/data.plist"), "<plist><dict><key>Name</key>");
+        const CliResult result = runCli({"info", package, "--json"});
+        EXPECT_EQ(result.exitCode, 1);
+        const QJsonObject world = parseJson(result);
+        EXPECT_EQ(world["status"].toInt(), present ? -1 : -43);
+        EXPECT_TRUE(world["name"].isNull());
+        EXPECT_TRUE(world["loop_sounds"].toArray().isEmpty());
+        const QStringList lines = nonEmptyLines(result.err);
+        ASSERT_EQ(lines.size(), 1) << result.err.toStdString();
+        if (present) {
+            EXPECT_TRUE(lines[0].contains(QStringLiteral("data.plist' is not a readable property list")));
+        } else {
+            EXPECT_TRUE(lines[0].contains(data));
+            EXPECT_TRUE(lines[0].contains(QStringLiteral("status -43")));
+        }
+    }
 }
 
 TEST_F(InfoOnPackages, MissingSoundFolderFailsNamingTheFolderButKeepsWhatLoaded) {
     ASSERT_TRUE(addSound(package, QStringLiteral("Loop Sounds"), QStringLiteral("a.wav"), shortTone(440)));
     temp.writeFile(QStringLiteral("Brook.sylvora/data.plist"),
-                   plistXml(QStringLiteral("<key>Name</key><string>Brook</string><key>Loop Sounds</key><array>") +
+                   xmlPlist(QStringLiteral("<key>Name</key><string>Brook</string><key>Loop Sounds</key><array>") +
                             loopEntry(QStringLiteral("a.wav")) + QStringLiteral("</array><key>Environment Sounds</key><array>") +
                             environmentEntry(QStringLiteral("e.wav"), 1, 1, 20, 40) + QStringLiteral("</array>")));
     const CliResult result = runCli({"info", package, "--json"});

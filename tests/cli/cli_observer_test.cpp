@@ -27,7 +27,7 @@ TEST(PlaybackObserver, FollowsLoopsThroughCrossfadesAndNamesTheLastEnvironmentSo
     ASSERT_TRUE(addSound(package, QStringLiteral("Loop Sounds"), QStringLiteral("Still Water.wav"), loop));
     ASSERT_TRUE(addSound(package, QStringLiteral("Environment Sounds"), QStringLiteral("Frog.wav"), chirp));
     temp.writeFile(QStringLiteral("Pond.sylvora/data.plist"),
-                   plistXml(QStringLiteral("<key>Loop Sounds Crossfade Duration</key><integer>1</integer>"
+                   xmlPlist(QStringLiteral("<key>Loop Sounds Crossfade Duration</key><integer>1</integer>"
                                            "<key>Loop Sounds</key><array>") +
                             loopEntry(QStringLiteral("Still Water.wav")) +
                             QStringLiteral("</array><key>Environment Sounds</key><array>") +

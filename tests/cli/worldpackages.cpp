@@ -4,15 +4,6 @@
 
 namespace sylvora::test {
 
-QByteArray plistXml(const QString& body) {
-    return (QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                           "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-                           "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-                           "<plist version=\"1.0\">\n<dict>\n") +
-            body + QStringLiteral("</dict>\n</plist>\n"))
-        .toUtf8();
-}
-
 QString loopEntry(const QString& file, double volume) {
     return QStringLiteral("<dict><key>File Name</key><string>%1</string><key>Volume</key><real>%2</real></dict>\n")
         .arg(file).arg(volume);

@@ -6,13 +6,11 @@
 #include <QString>
 
 #include "support/soundfiles.h"
+#include "support/worldfixture.h"  // xmlPlist
 
 namespace sylvora::test {
 
 class TempDir;
-
-// The XML of a property list whose root dictionary holds `body` (already XML).
-QByteArray plistXml(const QString& body);
 
 // A loop sound entry, an environment sound entry and a group entry of data.plist, in XML.
 QString loopEntry(const QString& file, double volume = 1.0);

@@ -9,9 +9,9 @@
 #include <QProcess>
 
 #include "pulseserver.h"
+#include "support/signalanalysis.h"
 #include "support/soundfiles.h"
 #include "support/tempdir.h"
-#include "toneanalysis.h"
 
 using namespace sylvora::test;
 

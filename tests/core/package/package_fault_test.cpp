@@ -9,7 +9,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -71,9 +70,9 @@ protected:
         Session session;
         World& world = session.world;
         world.setName(QStringLiteral("Old"));
-        world.addLoopSound(*alias(writeSound(QStringLiteral("sources/wind.wav"), 200)));
-        world.addLoopSound(*alias(writeSound(QStringLiteral("sources/rain.wav"), 300)));
-        world.addEnvironmentSound(*alias(writeSound(QStringLiteral("sources/owl.wav"), 500)));
+        world.addLoopSound(*WorldFixture::aliasOf(writeSound(QStringLiteral("sources/wind.wav"), 200)));
+        world.addLoopSound(*WorldFixture::aliasOf(writeSound(QStringLiteral("sources/rain.wav"), 300)));
+        world.addEnvironmentSound(*WorldFixture::aliasOf(writeSound(QStringLiteral("sources/owl.wav"), 500)));
         writeSound(QStringLiteral("sources/frog.wav"), 700);
         ASSERT_EQ(world.doSaveAs(dir.ref(), QStringLiteral("Forest.sylvora")), noErr);
         old = snapshotTree(package);
@@ -99,14 +98,6 @@ protected:
         return path;
     }
 
-    static AliasHandle alias(const QString& path) {
-        FSRef ref;
-        AliasHandle out;
-        FSPathMakeRef(path, ref);
-        FSNewAlias(ref, out);
-        return out;
-    }
-
     static void copyTree(const QString& from, const QString& to) {
         QDir().mkpath(to);
         for (const QFileInfo& info : QDir(from).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
@@ -119,13 +110,10 @@ protected:
     // Puts the old package back and removes whatever an interrupted save left.
     void restore() {
         QDir(package).removeRecursively();
-        for (const QString& name : tempFolders()) QDir(dir.filePath(name)).removeRecursively();
+        for (const QString& name : tempPackagesIn(dir.path())) QDir(dir.filePath(name)).removeRecursively();
         copyTree(pristine + QStringLiteral("/Forest.sylvora"), package);
     }
 
-    QStringList tempFolders() const {
-        return entriesOf(dir.path()).filter(QRegularExpression(QStringLiteral("^temp -?\\d+\\.sylvora$")));
-    }
 
     // Loads the package into the world and turns it into the new world, unsaved.
     void editIntoNewWorld(World& world, const QString& packagePath) const {
@@ -134,7 +122,7 @@ protected:
         world.loadFromPackage(ref);
         world.setName(QStringLiteral("New"));
         world.removeLoopSound(world.getIndLoopSoundID(0));
-        world.addEnvironmentSound(*alias(dir.filePath(QStringLiteral("sources/frog.wav"))));
+        world.addEnvironmentSound(*WorldFixture::aliasOf(dir.filePath(QStringLiteral("sources/frog.wav"))));
         world.start();
     }
 
@@ -154,7 +142,7 @@ protected:
     std::vector<Content> completeWorlds() {
         Session session;
         std::vector<Content> found;
-        QStringList folders = tempFolders();
+        QStringList folders = tempPackagesIn(dir.path());
         folders.prepend(QStringLiteral("Forest.sylvora"));
         for (const QString& name : folders) {
             const Content content = contentOf(session.world, dir.filePath(name));
@@ -180,13 +168,13 @@ TEST_F(PackageFault, FailedMoveAtAnyStepPutsTheOldPackageBack) {
         gRenames.armed = false;
         if (status == noErr) {
             EXPECT_EQ(completeWorlds(), std::vector<Content>{Content::New});
-            EXPECT_TRUE(tempFolders().isEmpty());
+            EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
             break;
         }
         ++failedSaves;
         EXPECT_TRUE(session.world.getModified());
         EXPECT_EQ(snapshotTree(package), old);
-        EXPECT_TRUE(tempFolders().isEmpty());
+        EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
     }
     // Every item of the old package goes aside and every item of the new one comes in.
     EXPECT_GE(failedSaves, 6);
@@ -204,7 +192,7 @@ TEST_F(PackageFault, FailedUndoKeepsEveryCompleteCopy) {
         if (status == noErr) break;
         // Nothing is deleted while undoing fails, so one complete world is always left.
         EXPECT_FALSE(completeWorlds().empty());
-        if (tempFolders().isEmpty()) {
+        if (tempPackagesIn(dir.path()).isEmpty()) {
             EXPECT_EQ(snapshotTree(package), old);
         }
     }

@@ -3,7 +3,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <csignal>
 
 #include "core/package/plist.h"
@@ -48,9 +47,6 @@ protected:
         return plistParse(file.readAll());
     }
 
-    QStringList tempEntries() const {
-        return entriesOf(dir.path()).filter(QRegularExpression(QStringLiteral("^temp -?\\d+\\.sylvora$")));
-    }
 
     bool resolvesTo(const Alias& alias, const QString& path) {
         FSRef resolved;
@@ -61,9 +57,9 @@ protected:
 TEST_F(PackageSave, NewPackageHoldsDescriptionBothFoldersAndPicture) {
     ASSERT_EQ(saveAs(QStringLiteral("Empty.sylvora")), noErr);
     const QString empty = dir.filePath(QStringLiteral("Empty.sylvora"));
-    EXPECT_EQ(entriesOf(empty), (QStringList{QStringLiteral("Environment Sounds"), QStringLiteral("Loop Sounds"),
+    EXPECT_EQ(folderEntries(empty), (QStringList{QStringLiteral("Environment Sounds"), QStringLiteral("Loop Sounds"),
                                              QStringLiteral("data.plist")}));
-    EXPECT_TRUE(entriesOf(empty + QStringLiteral("/Loop Sounds")).isEmpty());
+    EXPECT_TRUE(folderEntries(empty + QStringLiteral("/Loop Sounds")).isEmpty());
     ASSERT_NE(world.getPackageAlias(), nullptr);
     EXPECT_TRUE(resolvesTo(*world.getPackageAlias(), empty));
     EXPECT_FALSE(world.getModified());
@@ -71,12 +67,12 @@ TEST_F(PackageSave, NewPackageHoldsDescriptionBothFoldersAndPicture) {
     world.setPictureFileAlias(aliasOf(writePicture(QStringLiteral("sources/cover.png"))).get());
     ASSERT_EQ(saveAs(QStringLiteral("Rain.sylvora")), noErr);
     const QString rain = dir.filePath(QStringLiteral("Rain.sylvora"));
-    EXPECT_TRUE(entriesOf(rain).contains(QStringLiteral("cover.png")));
+    EXPECT_TRUE(folderEntries(rain).contains(QStringLiteral("cover.png")));
     EXPECT_EQ(snapshotTree(rain).value(QStringLiteral("cover.png")),
               snapshotTree(dir.filePath(QStringLiteral("sources"))).value(QStringLiteral("cover.png")));
     EXPECT_TRUE(resolvesTo(*world.getPackageAlias(), rain));
     EXPECT_TRUE(prefs->isAKnownWorld(ref(rain)));
-    EXPECT_TRUE(tempEntries().isEmpty());
+    EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
 }
 
 TEST_F(PackageSave, DescriptionIsWrittenWithItsTypesAndTheWorldReloads) {
@@ -150,7 +146,7 @@ TEST_F(PackageSave, SavingOverAPlainFileReplacesItWithThePackage) {
     EXPECT_TRUE(QFileInfo(package).isDir());
     EXPECT_TRUE(QFileInfo::exists(package + QStringLiteral("/Loop Sounds/wind.wav")));
     EXPECT_TRUE(resolvesTo(*world.getPackageAlias(), package));
-    EXPECT_EQ(entriesOf(dir.path()), (QStringList{QStringLiteral("Forest.sylvora"), QStringLiteral("sources")}));
+    EXPECT_EQ(folderEntries(dir.path()), (QStringList{QStringLiteral("Forest.sylvora"), QStringLiteral("sources")}));
 }
 
 TEST_F(PackageSave, SavingOverTheLoadedPackageKeepsItsIdentity) {
@@ -169,7 +165,7 @@ TEST_F(PackageSave, SavingOverTheLoadedPackageKeepsItsIdentity) {
         ASSERT_GT(world.getNumMovies(), 0);
 
         ASSERT_EQ(world.doSave(), noErr);
-        EXPECT_EQ(entriesOf(dir.path()), (QStringList{QStringLiteral("Forest.sylvora"), QStringLiteral("sources")}));
+        EXPECT_EQ(folderEntries(dir.path()), (QStringList{QStringLiteral("Forest.sylvora"), QStringLiteral("sources")}));
         EXPECT_EQ(inodeOf(package), inode);
         EXPECT_TRUE(resolvesTo(*aliasBefore, package));
         EXPECT_EQ(world.isPlaying(), playing);
@@ -178,7 +174,7 @@ TEST_F(PackageSave, SavingOverTheLoadedPackageKeepsItsIdentity) {
         EXPECT_EQ(world.getNumLoopSounds(), playing ? 1 : 0);
         EXPECT_TRUE(resolvesTo(*world.getPackageAlias(), package));
     }
-    EXPECT_EQ(entriesOf(package + QStringLiteral("/Loop Sounds")), QStringList{});
+    EXPECT_EQ(folderEntries(package + QStringLiteral("/Loop Sounds")), QStringList{});
     EXPECT_EQ(world.getName(), QStringLiteral("Night 2"));
     EXPECT_EQ(prefs->getNumKnownWorlds(), 1);
 }
@@ -193,7 +189,7 @@ TEST_F(PackageSave, SaveAsOverTheLoadedPackageReleasesAnOpenPictureFirst) {
 
     ASSERT_EQ(saveAs(QStringLiteral("Picture.sylvora")), noErr);
     EXPECT_EQ(inodeOf(package), inode);
-    EXPECT_TRUE(tempEntries().isEmpty());
+    EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
     EXPECT_TRUE(QFileInfo::exists(package + QStringLiteral("/cover.png")));
     ASSERT_NE(world.getPictureFileAlias(), nullptr);
     EXPECT_FALSE(world.getPicture().isNull());
@@ -204,7 +200,7 @@ TEST_F(PackageSave, SaveWithoutAPackageAsksForAName) {
     buildWorld();
     EXPECT_EQ(world.doSave(), fnfErr);
     EXPECT_TRUE(world.getModified());
-    EXPECT_EQ(entriesOf(dir.path()), (QStringList{QStringLiteral("sources")}));
+    EXPECT_EQ(folderEntries(dir.path()), (QStringList{QStringLiteral("sources")}));
 }
 
 TEST_F(PackageSave, FailingSaveLeavesTheExistingPackageUntouched) {
@@ -220,13 +216,13 @@ TEST_F(PackageSave, FailingSaveLeavesTheExistingPackageUntouched) {
     world.start();
     EXPECT_EQ(saveAs(QStringLiteral("Forest.sylvora")), fnfErr);  // through doSave: sounds are loaded
     EXPECT_EQ(snapshotTree(package), before);
-    EXPECT_TRUE(tempEntries().isEmpty());
+    EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
     EXPECT_TRUE(world.getModified());
     EXPECT_FALSE(world.isPlaying());
 
     EXPECT_EQ(saveAs(QStringLiteral("Copy.sylvora")), fnfErr);
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Copy.sylvora"))));
-    EXPECT_TRUE(tempEntries().isEmpty());
+    EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
 }
 
 TEST_F(PackageSave, NamesThatCollideInsideThePackageFailWithDuplicateName) {
@@ -248,7 +244,7 @@ TEST_F(PackageSave, NamesThatCollideInsideThePackageFailWithDuplicateName) {
         EXPECT_EQ(saveAs(QStringLiteral("Dup.sylvora")), dupFNErr);
         EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Dup.sylvora"))));
     }
-    EXPECT_TRUE(tempEntries().isEmpty());
+    EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
 }
 
 TEST_F(PackageSave, UnusableNamesAndFoldersAreRefused) {
@@ -267,7 +263,7 @@ TEST_F(PackageSave, ReadOnlyFolderRefusesTheSave) {
     ASSERT_TRUE(QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
     EXPECT_EQ(world.doSaveAs(ref(folder), QStringLiteral("Forest.sylvora")), permErr);
     QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    EXPECT_TRUE(entriesOf(folder).isEmpty());
+    EXPECT_TRUE(folderEntries(folder).isEmpty());
     EXPECT_TRUE(world.getModified());
 }
 
@@ -309,7 +305,7 @@ TEST_F(PackageSave, FullDiskRemovesThePartialPackage) {
     EXPECT_NE(newPackage, noErr);
     EXPECT_EQ(snapshotTree(package), before);
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Fresh.sylvora"))));
-    EXPECT_TRUE(tempEntries().isEmpty());
+    EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
 }
 
 TEST_F(PackageSave, DefaultSaveAsFilenameFollowsPackageNameAndWorldName) {

@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QImageWriter>
 #include <QPainter>
+#include <utility>
 
 #include "core/picture/pictureutils.h"
 #include "support/tempdir.h"
@@ -31,35 +32,27 @@ bool isPremultipliedRgba(const QImage& image) {
            image.format() == QImage::Format_RGBA8888_Premultiplied;
 }
 
-TEST(ResizePicture, WiderImageIsCentredVerticallyBetweenTransparentBands) {
-    const QImage resized = createResizedCGImage(halves(400, 200), 100, 100, true);
-    ASSERT_FALSE(resized.isNull());
-    EXPECT_EQ(resized.size(), QSize(100, 100));
-    EXPECT_TRUE(isPremultipliedRgba(resized));
-    for (int x : {0, 49, 50, 99}) {
-        EXPECT_EQ(alphaAt(resized, x, 0), 0);
-        EXPECT_EQ(alphaAt(resized, x, 24), 0) << "band above ends at y = 25";
-        EXPECT_EQ(alphaAt(resized, x, 25), 255) << "drawn from y = 25";
-        EXPECT_EQ(alphaAt(resized, x, 74), 255) << "50 rows high";
-        EXPECT_EQ(alphaAt(resized, x, 75), 0);
-        EXPECT_EQ(alphaAt(resized, x, 99), 0);
+// A picture of other proportions is scaled to fit and centred between transparent bands: 400×200
+// into 100×100 is drawn 50 rows high from y = 25, 200×400 is drawn 50 columns wide from x = 25.
+TEST(ResizePicture, OtherProportionsAreCentredBetweenTransparentBands) {
+    for (const bool wide : {true, false}) {
+        SCOPED_TRACE(wide ? "wider" : "taller");
+        const QImage resized = createResizedCGImage(wide ? halves(400, 200) : halves(200, 400), 100, 100, true);
+        ASSERT_FALSE(resized.isNull());
+        EXPECT_EQ(resized.size(), QSize(100, 100));
+        EXPECT_TRUE(isPremultipliedRgba(resized));
+        // Across the bands: pixel (across, along) where `along` runs parallel to them.
+        const auto alpha = [&](int across, int along) {
+            return wide ? alphaAt(resized, along, across) : alphaAt(resized, across, along);
+        };
+        for (int along : {0, 49, 50, 99}) {
+            for (const auto& [across, expected] : {std::pair{0, 0}, {24, 0}, {25, 255}, {74, 255}, {75, 0}, {99, 0}}) {
+                EXPECT_EQ(alpha(across, along), expected) << across << " across, " << along << " along";
+            }
+        }
+        EXPECT_EQ(QColor(resized.pixel(wide ? 10 : 30, 50)), QColor(Qt::red));
+        EXPECT_EQ(QColor(resized.pixel(wide ? 90 : 70, 50)), QColor(Qt::blue));
     }
-    EXPECT_EQ(QColor(resized.pixel(10, 50)), QColor(Qt::red));
-    EXPECT_EQ(QColor(resized.pixel(90, 50)), QColor(Qt::blue));
-}
-
-TEST(ResizePicture, TallerImageIsCentredHorizontallyBetweenTransparentBands) {
-    const QImage resized = createResizedCGImage(halves(200, 400), 100, 100, true);
-    ASSERT_FALSE(resized.isNull());
-    EXPECT_EQ(resized.size(), QSize(100, 100));
-    for (int y : {0, 50, 99}) {
-        EXPECT_EQ(alphaAt(resized, 24, y), 0);
-        EXPECT_EQ(alphaAt(resized, 25, y), 255) << "drawn from x = 25";
-        EXPECT_EQ(alphaAt(resized, 74, y), 255) << "50 columns wide";
-        EXPECT_EQ(alphaAt(resized, 75, y), 0);
-    }
-    EXPECT_EQ(QColor(resized.pixel(30, 50)), QColor(Qt::red));
-    EXPECT_EQ(QColor(resized.pixel(70, 50)), QColor(Qt::blue));
 }
 
 TEST(ResizePicture, SameProportionsAndStretchingFillTheWholeTarget) {

@@ -3,17 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <map>
+#include <algorithm>
 
-#include "scheduledworld.h"
+#include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
-
-constexpr double TICK = 1.0 / 15.0;
-
-double fadeIn(double x) { return 1.0 - (x - 1.0) * (x - 1.0); }
-double fadeOut(double x) { return 1.0 - x * x; }
 
 TEST(EqualPowerCrossfade, CurvesMeetAtThreeQuartersAndEndFlat) {
     EXPECT_EQ(equalPowerCrossfade(0.0, true), 0.0);
@@ -29,9 +24,9 @@ TEST(EqualPowerCrossfade, CurvesMeetAtThreeQuartersAndEndFlat) {
 // along the fade-in while the first falls along the fade-out, and when the first ends the next
 // instance is due 2 s before the second's end.
 TEST(LoopCrossfade, OneLoopSoundCrossfadesWithItselfTickByTick) {
-    ScheduledWorld w;
+    WorldFixture w;
     w.world.setLoopSoundsCrossFadeDuration(2);
-    const SoundID loop = w.addLoop(w.tone("loop.wav", 6.0, 440.0));
+    const SoundID loop = w.addLoop(w.writeSound("loop.wav", 6.0, 440.0));
     const double t0 = w.now();
     w.world.start();
     const int first = 0;
@@ -65,8 +60,8 @@ TEST(LoopCrossfade, OneLoopSoundCrossfadesWithItselfTickByTick) {
             const double pb = w.positionOf(second);
             EXPECT_NEAR(pa, tick * TICK, 1e-3);
             EXPECT_NEAR(pb, (tick - 60) * TICK, 1e-3);
-            EXPECT_EQ(b.movie->volume(), expectedVolume(fadeIn(pb / 2.0), 1.0, 1.0)) << tick;
-            EXPECT_EQ(a.movie->volume(), expectedVolume(fadeOut((pa - 4.0) / 2.0), 1.0, 1.0)) << tick;
+            EXPECT_EQ(b.movie->volume(), expectedVolume(fadeInGain(pb / 2.0), 1.0, 1.0)) << tick;
+            EXPECT_EQ(a.movie->volume(), expectedVolume(fadeOutGain((pa - 4.0) / 2.0), 1.0, 1.0)) << tick;
             if (tick == 75) {  // midway both are at 0.75
                 EXPECT_EQ(a.movie->volume(), 192);
                 EXPECT_EQ(b.movie->volume(), 192);
@@ -91,36 +86,28 @@ TEST(LoopCrossfade, OneLoopSoundCrossfadesWithItselfTickByTick) {
 }
 
 TEST(LoopCrossfade, ZeroCrossfadeChainsInstancesEndToEndAtFullVolume) {
-    ScheduledWorld w;
+    WorldFixture w;
     w.world.setLoopSoundsCrossFadeDuration(0);
-    w.addLoop(w.tone("loop.wav", 2.0, 440.0));
+    w.addLoop(w.writeSound("loop.wav", 2.0, 440.0));
     w.world.start();
-    int starts = 0;
-    std::vector<bool> wasPlaying(2, false);
+    StartLog log;
     w.runSeconds(10.0, [&](int tick) {
-        int playing = 0;
+        EXPECT_EQ(log.onTick(w, tick), 1) << "tick " << tick;
         for (int i = 0; i < w.world.getNumMovies(); ++i) {
-            const bool now = w.entry(i).movie->rate() != 0.0;
-            if (now) {
-                ++playing;
+            if (w.entry(i).movie->rate() != 0.0) {
                 EXPECT_EQ(w.entry(i).movie->volume(), 256) << "tick " << tick;
             }
-            if (static_cast<std::size_t>(i) < wasPlaying.size()) {
-                if (now && !wasPlaying[static_cast<std::size_t>(i)]) ++starts;
-                wasPlaying[static_cast<std::size_t>(i)] = now;
-            }
         }
-        EXPECT_EQ(playing, 1) << "tick " << tick;
     });
     EXPECT_EQ(w.world.getNumMovies(), 2);
-    EXPECT_EQ(starts, 5);
+    EXPECT_EQ(log.starts.size(), 5u);
 }
 
 // 3-s loop, 2-s crossfade: the fade-in rules the first 2 s, then the fade-out applies at once.
 TEST(LoopCrossfade, ALoopShorterThanTwoCrossfadesFadesInThenOutAtOnce) {
-    ScheduledWorld w;
+    WorldFixture w;
     w.world.setLoopSoundsCrossFadeDuration(2);
-    w.addLoop(w.tone("loop.wav", 3.0, 440.0));
+    w.addLoop(w.writeSound("loop.wav", 3.0, 440.0));
     w.world.start();
     const int second = 1;
     int fadeInTicks = 0;
@@ -130,10 +117,10 @@ TEST(LoopCrossfade, ALoopShorterThanTwoCrossfadesFadesInThenOutAtOnce) {
         const double p = w.positionOf(second);
         const int volume = w.entry(second).movie->volume();
         if (p < 2.0) {
-            EXPECT_EQ(volume, expectedVolume(fadeIn(p / 2.0), 1.0, 1.0)) << tick;
+            EXPECT_EQ(volume, expectedVolume(fadeInGain(p / 2.0), 1.0, 1.0)) << tick;
             ++fadeInTicks;
         } else {
-            EXPECT_EQ(volume, expectedVolume(fadeOut((p - 1.0) / 2.0), 1.0, 1.0)) << tick;
+            EXPECT_EQ(volume, expectedVolume(fadeOutGain((p - 1.0) / 2.0), 1.0, 1.0)) << tick;
             ++fadeOutTicks;
         }
     });
@@ -142,9 +129,9 @@ TEST(LoopCrossfade, ALoopShorterThanTwoCrossfadesFadesInThenOutAtOnce) {
 }
 
 TEST(LoopCrossfade, ACrossfadeLongerThanTheLoopMakesTheNextInstanceDueAtOnce) {
-    ScheduledWorld w;
+    WorldFixture w;
     w.world.setLoopSoundsCrossFadeDuration(5);
-    w.addLoop(w.tone("loop.wav", 2.0, 440.0));
+    w.addLoop(w.writeSound("loop.wav", 2.0, 440.0));
     const double now = w.now();
     w.world.start();
     EXPECT_DOUBLE_EQ(w.entry(1).startTime, now + 2.0 - 5.0);
@@ -155,35 +142,24 @@ TEST(LoopCrossfade, ACrossfadeLongerThanTheLoopMakesTheNextInstanceDueAtOnce) {
 }
 
 TEST(LoopCrossfade, SeveralLoopSoundsArePickedAtRandomAndFollowTheChain) {
-    ScheduledWorld w(21);
+    WorldFixture w(21);
     w.world.setLoopSoundsCrossFadeDuration(1);
     std::vector<SoundID> loops;
-    for (int i = 0; i < 3; ++i) loops.push_back(w.addLoop(w.tone(QStringLiteral("l%1.wav").arg(i), 2.0, 300.0 + 100 * i)));
+    for (int i = 0; i < 3; ++i) loops.push_back(w.addLoop(w.writeSound(QStringLiteral("l%1.wav").arg(i), 2.0, 300.0 + 100 * i)));
     w.world.start();
-    std::map<SoundID, int> starts;
-    std::vector<bool> wasPlaying(10, false);
+    StartLog log;
     int maxPlaying = 0;
-    w.runSeconds(40.0, [&](int) {
-        int playing = 0;
-        for (int i = 0; i < w.world.getNumMovies(); ++i) {
-            const bool now = w.entry(i).movie->rate() != 0.0;
-            playing += now ? 1 : 0;
-            if (now && !wasPlaying[static_cast<std::size_t>(i)]) ++starts[w.entry(i).soundID];
-            wasPlaying[static_cast<std::size_t>(i)] = now;
-        }
+    w.runSeconds(40.0, [&](int tick) {
+        const int playing = log.onTick(w, tick);
         maxPlaying = std::max(maxPlaying, playing);
         EXPECT_GE(playing, 1);
     });
     EXPECT_EQ(maxPlaying, 2) << "never more than the two halves of a crossfade";
-    int total = 0;
-    for (const SoundID loop : loops) {
-        EXPECT_GE(starts[loop], 3) << loop;
-        total += starts[loop];
-    }
+    for (const SoundID loop : loops) EXPECT_GE(log.countOf(loop), 3) << loop;
     // A 2-s loop overlapping the next by 1 s: about one start a second, a little less for the
     // lateness of up to a tick at each start.
-    EXPECT_GE(total, 35);
-    EXPECT_LE(total, 40);
+    EXPECT_GE(log.starts.size(), 35u);
+    EXPECT_LE(log.starts.size(), 40u);
 }
 
 }  // namespace

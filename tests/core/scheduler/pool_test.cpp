@@ -8,19 +8,19 @@
 
 #include "core/files/alias.h"
 #include "core/platform/beep.h"
-#include "scheduledworld.h"
+#include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
 
 class SoundInstancePool : public testing::Test {
 protected:
-    ScheduledWorld w;
+    WorldFixture w;
 };
 
 TEST_F(SoundInstancePool, AddingASoundLoadsOneUnscheduledInstanceWithItsDuration) {
-    const SoundID loop = w.addLoop(w.tone("loop.wav", 1.5, 440.0));
-    const SoundID env = w.addEnvironment(w.tone("env.flac", 0.25, 880.0));
+    const SoundID loop = w.addLoop(w.writeSound("loop.wav", 1.5, 440.0));
+    const SoundID env = w.addEnvironment(w.writeSound("env.flac", 0.25, 880.0));
     ASSERT_NE(loop, 0u);
     ASSERT_NE(env, 0u);
     ASSERT_EQ(w.world.getNumMovies(), 2);
@@ -44,7 +44,7 @@ TEST_F(SoundInstancePool, AddingASoundLoadsOneUnscheduledInstanceWithItsDuration
 }
 
 TEST_F(SoundInstancePool, UnknownSoundsAndUnloadableFilesAddNothing) {
-    const QString path = w.tone("loop.wav", 0.5, 440.0);
+    const QString path = w.writeSound("loop.wav", 0.5, 440.0);
     const SoundID loop = w.addLoop(path);
     ASSERT_EQ(w.world.getNumMovies(), 1);
 
@@ -71,7 +71,7 @@ TEST_F(SoundInstancePool, UnknownSoundsAndUnloadableFilesAddNothing) {
 }
 
 TEST_F(SoundInstancePool, FreeInstancesAreReusedLowestFirstAndNewOnesLoadedOnlyWhenAllAreBusy) {
-    const SoundID loop = w.addLoop(w.tone("loop.wav", 3.0, 440.0));
+    const SoundID loop = w.addLoop(w.writeSound("loop.wav", 3.0, 440.0));
     ASSERT_EQ(w.world.loadSoundFileIntoMovieList(true, loop), noErr);
     ASSERT_EQ(w.world.getNumMovies(), 2);
     EXPECT_EQ(w.world.getUnscheduledMovie(true, loop), 0);
@@ -89,7 +89,7 @@ TEST_F(SoundInstancePool, FreeInstancesAreReusedLowestFirstAndNewOnesLoadedOnlyW
 TEST_F(SoundInstancePool, AFullPoolRefusesNewInstancesButStillHandsOutFreeOnes) {
     std::vector<SoundID> loops;
     for (int i = 0; i < World::MAX_LOOP_SOUNDS; ++i) {
-        const QString path = w.tone(QStringLiteral("s%1.wav").arg(i), 0.2, 200.0 + 10 * i);
+        const QString path = w.writeSound(QStringLiteral("s%1.wav").arg(i), 0.2, 200.0 + 10 * i);
         loops.push_back(w.addLoop(path));
         ASSERT_NE(w.addEnvironment(path), 0u);
     }
@@ -121,9 +121,9 @@ TEST_F(SoundInstancePool, AFullPoolRefusesNewInstancesButStillHandsOutFreeOnes) 
 }
 
 TEST_F(SoundInstancePool, RemovingASoundsInstancesKeepsTheOrderOfTheRest) {
-    const SoundID a = w.addLoop(w.tone("a.wav", 0.5, 300.0));
-    const SoundID b = w.addLoop(w.tone("b.wav", 0.5, 400.0));
-    const SoundID c = w.addLoop(w.tone("c.wav", 0.5, 500.0));
+    const SoundID a = w.addLoop(w.writeSound("a.wav", 0.5, 300.0));
+    const SoundID b = w.addLoop(w.writeSound("b.wav", 0.5, 400.0));
+    const SoundID c = w.addLoop(w.writeSound("c.wav", 0.5, 500.0));
     ASSERT_EQ(w.world.loadSoundFileIntoMovieList(true, b), noErr);
     ASSERT_EQ(w.world.loadSoundFileIntoMovieList(true, a), noErr);
     // Pool: a b c b a
@@ -157,7 +157,7 @@ protected:
         return testing::internal::GetCapturedStderr();
     }
 
-    ScheduledWorld w;
+    WorldFixture w;
     int beeps = 0;
 };
 
@@ -166,9 +166,9 @@ protected:
 TEST_F(ScheduleReport, ReportsEachUnscheduledGroupAndUngroupedSoundWithTwoBeeps) {
     const GroupID birds = w.world.addGroup(QStringLiteral("Birds"));
     const GroupID empty = w.world.addGroup(QStringLiteral("Empty"));
-    const SoundID robin = w.addEnvironment(w.tone("robin.wav", 0.2, 2000.0));
-    const SoundID wren = w.addEnvironment(w.tone("wren.wav", 0.2, 2500.0));
-    const SoundID creek = w.addEnvironment(w.tone("creek.wav", 0.2, 700.0));
+    const SoundID robin = w.addEnvironment(w.writeSound("robin.wav", 0.2, 2000.0));
+    const SoundID wren = w.addEnvironment(w.writeSound("wren.wav", 0.2, 2500.0));
+    const SoundID creek = w.addEnvironment(w.writeSound("creek.wav", 0.2, 700.0));
     w.world.setEnvironmentSoundGroupID(robin, birds);
     w.world.setEnvironmentSoundGroupID(wren, birds);
     ASSERT_NE(empty, 0u);
@@ -189,7 +189,7 @@ TEST_F(ScheduleReport, NamesArePrintedAsLatin1OrNotAtAll) {
     const GroupID longName = w.world.addGroup(QString(300, QLatin1Char('n')));
     int n = 0;
     for (const GroupID group : {accented, cyrillic, longName}) {
-        const SoundID member = w.addEnvironment(w.tone(QStringLiteral("m%1.wav").arg(n++), 0.2, 1000.0));
+        const SoundID member = w.addEnvironment(w.writeSound(QStringLiteral("m%1.wav").arg(n++), 0.2, 1000.0));
         w.world.setEnvironmentSoundGroupID(member, group);
     }
     const std::string printed = report();

@@ -5,51 +5,28 @@
 #include <algorithm>
 #include <map>
 
-#include "goertzel.h"
-#include "scheduledworld.h"
+#include "support/signalanalysis.h"
+#include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
 
-constexpr int RATE = ScheduledWorld::RATE;
+constexpr int RATE = WorldFixture::RATE;
 constexpr std::size_t BLOCK = RATE / 15;  // one tick of audio; 600, 1050 and 3000 Hz fit whole cycles
 constexpr double LOW = 600.0;
 constexpr double HIGH = 1050.0;
 constexpr double CLICK = 3000.0;
 
-double fadeIn(double x) { return 1.0 - (x - 1.0) * (x - 1.0); }
-double fadeOut(double x) { return 1.0 - x * x; }
-
-// Start ticks of every instance, from the world's state after each tick.
-struct Start {
-    SoundID sound;
-    int tick;
-};
-
-class StartLog {
-public:
-    void onTick(const ScheduledWorld& w, int tick) {
-        playing_.resize(static_cast<std::size_t>(w.world.getNumMovies()), false);
-        for (int i = 0; i < w.world.getNumMovies(); ++i) {
-            const bool now = w.entry(i).movie->rate() != 0.0;
-            if (now && !playing_[static_cast<std::size_t>(i)]) starts.push_back({w.entry(i).soundID, tick});
-            playing_[static_cast<std::size_t>(i)] = now;
-        }
-    }
-    std::vector<Start> starts;
-
-private:
-    std::vector<bool> playing_;
-};
+using Start = StartLog::Start;
 
 // Two loop sounds, tones of different pitch, crossfading over 2 s: in the output, each tone's
 // amplitude follows its equal-power curve block by block. The volume a tick sets is ramped across
 // the block after it, so a block's amplitude lies between the curve at its two ends.
 TEST(OfflineRender, TwoLoopSoundsCrossfadeAlongEqualPowerCurves) {
-    ScheduledWorld w(4);
+    WorldFixture w(4);
     w.world.setLoopSoundsCrossFadeDuration(2);
-    const SoundID low = w.addLoop(w.tone("low.wav", 6.0, LOW));
-    const SoundID high = w.addLoop(w.tone("high.wav", 6.0, HIGH));
+    const SoundID low = w.addLoop(w.writeSound("low.wav", 6.0, LOW));
+    const SoundID high = w.addLoop(w.writeSound("high.wav", 6.0, HIGH));
     const std::map<SoundID, double> pitch{{low, LOW}, {high, HIGH}};
     w.world.start();
 
@@ -82,10 +59,10 @@ TEST(OfflineRender, TwoLoopSoundsCrossfadeAlongEqualPowerCurves) {
             const double heardIn = block(k, pitch.at(in.sound)) / full;
             const double heardOut = block(k, pitch.at(out_.sound)) / full;
             const double tolerance = 0.02;
-            EXPECT_GE(heardIn, std::min(fadeIn(xIn[0]), fadeIn(xIn[1])) - tolerance) << "block " << k;
-            EXPECT_LE(heardIn, std::max(fadeIn(xIn[0]), fadeIn(xIn[1])) + tolerance) << "block " << k;
-            EXPECT_GE(heardOut, std::min(fadeOut(xOut[0]), fadeOut(xOut[1])) - tolerance) << "block " << k;
-            EXPECT_LE(heardOut, std::max(fadeOut(xOut[0]), fadeOut(xOut[1])) + tolerance) << "block " << k;
+            EXPECT_GE(heardIn, std::min(fadeInGain(xIn[0]), fadeInGain(xIn[1])) - tolerance) << "block " << k;
+            EXPECT_LE(heardIn, std::max(fadeInGain(xIn[0]), fadeInGain(xIn[1])) + tolerance) << "block " << k;
+            EXPECT_GE(heardOut, std::min(fadeOutGain(xOut[0]), fadeOutGain(xOut[1])) - tolerance) << "block " << k;
+            EXPECT_LE(heardOut, std::max(fadeOutGain(xOut[0]), fadeOutGain(xOut[1])) + tolerance) << "block " << k;
         }
         // Midway each is at three quarters, well above the half a linear fade would give.
         EXPECT_NEAR(block(in.tick + 15, pitch.at(in.sound)) / full, 0.74, 0.03);
@@ -101,10 +78,10 @@ TEST(OfflineRender, TwoLoopSoundsCrossfadeAlongEqualPowerCurves) {
 // A short click as an environment sound over a loop: every click is heard at the tick it was due,
 // and each follows the previous one's end by an interval within the sound's bounds.
 TEST(OfflineRender, EnvironmentClicksFallInsideTheirIntervals) {
-    ScheduledWorld w(8);
+    WorldFixture w(8);
     w.world.setLoopSoundsCrossFadeDuration(1);
-    w.addLoop(w.tone("bed.wav", 4.0, LOW, 0.3));
-    const SoundID click = w.addEnvironment(w.tone("click.wav", 0.2, CLICK));
+    w.addLoop(w.writeSound("bed.wav", 4.0, LOW, 0.3));
+    const SoundID click = w.addEnvironment(w.writeSound("click.wav", 0.2, CLICK));
     w.world.setEnvironmentSoundMinInterval(click, 1);
     w.world.setEnvironmentSoundMaxInterval(click, 3);
     w.world.start();
@@ -128,24 +105,23 @@ TEST(OfflineRender, EnvironmentClicksFallInsideTheirIntervals) {
     ASSERT_GE(heard.size(), 15u);
     EXPECT_EQ(heard, started) << "every click heard is a play the world started, at its tick";
 
-    const double tick = 1.0 / 15.0;
-    EXPECT_GE(heard[0] * tick, 1.0);
-    EXPECT_LE(heard[0] * tick, 3.0 + tick + 1e-9);
+    EXPECT_GE(heard[0] * TICK, 1.0);
+    EXPECT_LE(heard[0] * TICK, 3.0 + TICK + 1e-9);
     for (std::size_t n = 1; n < heard.size(); ++n) {
-        const double gap = (heard[n] - heard[n - 1]) * tick - 0.2;  // from the previous click's end
+        const double gap = (heard[n] - heard[n - 1]) * TICK - 0.2;  // from the previous click's end
         EXPECT_GE(gap, 1.0 - 1e-9) << n;
-        EXPECT_LE(gap, 3.0 + 2 * tick + 1e-9) << n;
+        EXPECT_LE(gap, 3.0 + 2 * TICK + 1e-9) << n;
     }
 }
 
 // A seeded world renders the same samples every time.
 TEST(OfflineRender, ASeedRendersTheSameAudioEveryTime) {
     const auto render = [](unsigned seed) {
-        ScheduledWorld w(seed);
+        WorldFixture w(seed);
         w.world.setLoopSoundsCrossFadeDuration(1);
-        w.addLoop(w.tone("a.wav", 3.0, LOW));
-        w.addLoop(w.tone("b.wav", 2.5, HIGH));
-        const SoundID env = w.addEnvironment(w.tone("e.wav", 0.3, CLICK));
+        w.addLoop(w.writeSound("a.wav", 3.0, LOW));
+        w.addLoop(w.writeSound("b.wav", 2.5, HIGH));
+        const SoundID env = w.addEnvironment(w.writeSound("e.wav", 0.3, CLICK));
         w.world.setEnvironmentSoundMinInterval(env, 0);
         w.world.setEnvironmentSoundMaxInterval(env, 2);
         w.world.setEnvironmentSoundMinVolume(env, 0.2);

@@ -8,12 +8,10 @@
 #include <set>
 
 #include "core/platform/beep.h"
-#include "scheduledworld.h"
+#include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
-
-constexpr double TICK = 1.0 / 15.0;
 
 // Follows every play of one world, tick by tick: when each entry was given a start time, when it
 // began to sound and when its play ended.
@@ -29,7 +27,7 @@ struct Play {
 
 class PlayLog {
 public:
-    explicit PlayLog(ScheduledWorld& world) : w_(world) { snapshot(-1, world.now()); }
+    explicit PlayLog(WorldFixture& world) : w_(world) { snapshot(-1, world.now()); }
 
     void onTick(int tick) {
         const double now = w_.timeOfTick(tick);
@@ -81,29 +79,29 @@ private:
         plays_.push_back(play);
     }
 
-    ScheduledWorld& w_;
+    WorldFixture& w_;
     std::vector<Play> plays_;
     std::map<int, std::size_t> current_;
 };
 
 TEST(WorldStart, SchedulesTheLoopChainAndOnePlayPerSoundAndGroup) {
-    ScheduledWorld w;
+    WorldFixture w;
     w.world.setLoopSoundsCrossFadeDuration(2);
-    const SoundID loop = w.addLoop(w.tone("loop.wav", 6.0, 440.0));
+    const SoundID loop = w.addLoop(w.writeSound("loop.wav", 6.0, 440.0));
     w.world.setLoopSoundVolume(loop, 0.8);
-    const SoundID env = w.addEnvironment(w.tone("env.wav", 0.3, 3000.0));
+    const SoundID env = w.addEnvironment(w.writeSound("env.wav", 0.3, 3000.0));
     w.world.setEnvironmentSoundMinInterval(env, 2);
     w.world.setEnvironmentSoundMaxInterval(env, 4);
     const GroupID group = w.world.addGroup(QStringLiteral("Group"));
     const GroupID emptyGroup = w.world.addGroup(QStringLiteral("Nobody"));
     ASSERT_NE(emptyGroup, 0u);
-    const SoundID member = w.addEnvironment(w.tone("member.wav", 0.3, 2000.0));
+    const SoundID member = w.addEnvironment(w.writeSound("member.wav", 0.3, 2000.0));
     w.world.setEnvironmentSoundGroupID(member, group);
     const double now = w.now();
 
     w.world.start();
     ASSERT_TRUE(w.world.isPlaying());
-    EXPECT_EQ(w.loop.timerCount(), 1);
+    EXPECT_EQ(w.eventLoop.timerCount(), 1);
 
     const std::vector<int> loops = w.entriesOf(loop);
     ASSERT_EQ(loops.size(), 2u) << "one loop sound: the playing instance and the next one";
@@ -125,7 +123,7 @@ TEST(WorldStart, SchedulesTheLoopChainAndOnePlayPerSoundAndGroup) {
     // Starting again while playing changes nothing.
     const double envStart = envEntry.startTime;
     w.world.start();
-    EXPECT_EQ(w.loop.timerCount(), 1);
+    EXPECT_EQ(w.eventLoop.timerCount(), 1);
     EXPECT_EQ(w.scheduledEntries().size(), 4u);
     EXPECT_EQ(w.world.getNumMovies(), 4);
     EXPECT_EQ(envEntry.startTime, envStart);
@@ -139,9 +137,9 @@ TEST(WorldStart, SchedulesTheLoopChainAndOnePlayPerSoundAndGroup) {
 }
 
 TEST(WorldStart, StopUnschedulesEverythingAndStartReusesTheRewoundInstances) {
-    ScheduledWorld w;
-    const SoundID loop = w.addLoop(w.tone("loop.wav", 4.0, 440.0));
-    const SoundID env = w.addEnvironment(w.tone("env.wav", 0.3, 3000.0));
+    WorldFixture w;
+    const SoundID loop = w.addLoop(w.writeSound("loop.wav", 4.0, 440.0));
+    const SoundID env = w.addEnvironment(w.writeSound("env.wav", 0.3, 3000.0));
     w.world.setEnvironmentSoundMinInterval(env, 1);
     w.world.setEnvironmentSoundMaxInterval(env, 1);
     w.world.start();
@@ -153,7 +151,7 @@ TEST(WorldStart, StopUnschedulesEverythingAndStartReusesTheRewoundInstances) {
 
     w.world.stop();
     EXPECT_FALSE(w.world.isPlaying());
-    EXPECT_EQ(w.loop.timerCount(), 0);
+    EXPECT_EQ(w.eventLoop.timerCount(), 0);
     EXPECT_TRUE(w.scheduledEntries().empty());
     for (int i = 0; i < loaded; ++i) EXPECT_EQ(w.entry(i).movie->rate(), 0.0);
     w.world.stop();  // stopping a stopped world is harmless
@@ -170,8 +168,8 @@ TEST(WorldStart, StopUnschedulesEverythingAndStartReusesTheRewoundInstances) {
 }
 
 TEST(EnvironmentPlays, EachPlayFollowsThePreviousEndWithinTheIntervalBounds) {
-    ScheduledWorld w(11);
-    const SoundID env = w.addEnvironment(w.tone("env.wav", 0.5, 3000.0));
+    WorldFixture w(11);
+    const SoundID env = w.addEnvironment(w.writeSound("env.wav", 0.5, 3000.0));
     w.world.setEnvironmentSoundMinInterval(env, 2);
     w.world.setEnvironmentSoundMaxInterval(env, 5);
     w.world.setEnvironmentSoundMinVolume(env, 0.25);
@@ -214,8 +212,8 @@ TEST(EnvironmentPlays, EachPlayFollowsThePreviousEndWithinTheIntervalBounds) {
 }
 
 TEST(EnvironmentPlays, EqualBoundsGiveAFixedIntervalAndVolume) {
-    ScheduledWorld w(3);
-    const SoundID env = w.addEnvironment(w.tone("env.wav", 0.2, 3000.0));
+    WorldFixture w(3);
+    const SoundID env = w.addEnvironment(w.writeSound("env.wav", 0.2, 3000.0));
     w.world.setEnvironmentSoundMinInterval(env, 3);
     w.world.setEnvironmentSoundMaxInterval(env, 3);
     w.world.setEnvironmentSoundMinVolume(env, 0.5);
@@ -236,14 +234,14 @@ TEST(EnvironmentPlays, EqualBoundsGiveAFixedIntervalAndVolume) {
 }
 
 TEST(EnvironmentPlays, EveryGroupAndUngroupedSoundHasExactlyOnePlayAtEveryTick) {
-    ScheduledWorld w(5);
+    WorldFixture w(5);
     int beeps = 0;
     setSysBeepHook([&] { ++beeps; });
     w.world.setLoopSoundsCrossFadeDuration(1);
-    w.addLoop(w.tone("loop.wav", 3.0, 220.0));
+    w.addLoop(w.writeSound("loop.wav", 3.0, 220.0));
     std::vector<SoundID> ungrouped;
     for (int i = 0; i < 2; ++i) {
-        ungrouped.push_back(w.addEnvironment(w.tone(QStringLiteral("u%1.wav").arg(i), 0.4, 1000.0 + 100 * i)));
+        ungrouped.push_back(w.addEnvironment(w.writeSound(QStringLiteral("u%1.wav").arg(i), 0.4, 1000.0 + 100 * i)));
         w.world.setEnvironmentSoundMinInterval(ungrouped.back(), 0);
         w.world.setEnvironmentSoundMaxInterval(ungrouped.back(), 2);
     }
@@ -253,7 +251,7 @@ TEST(EnvironmentPlays, EveryGroupAndUngroupedSoundHasExactlyOnePlayAtEveryTick) 
         w.world.setGroupMinInterval(group, 0);
         w.world.setGroupMaxInterval(group, 1);
         for (int m = 0; m < 3 - g; ++m) {
-            const SoundID member = w.addEnvironment(w.tone(QStringLiteral("g%1m%2.wav").arg(g).arg(m), 0.3, 2000.0 + 100 * m));
+            const SoundID member = w.addEnvironment(w.writeSound(QStringLiteral("g%1m%2.wav").arg(g).arg(m), 0.3, 2000.0 + 100 * m));
             w.world.setEnvironmentSoundGroupID(member, group);
             groups[group].push_back(member);
         }
@@ -282,13 +280,13 @@ TEST(EnvironmentPlays, EveryGroupAndUngroupedSoundHasExactlyOnePlayAtEveryTick) 
 }
 
 TEST(EnvironmentPlays, AGroupPicksEachOfItsMembersOverTime) {
-    ScheduledWorld w(9);
+    WorldFixture w(9);
     const GroupID group = w.world.addGroup(QStringLiteral("Three"));
     w.world.setGroupMinInterval(group, 0);
     w.world.setGroupMaxInterval(group, 1);
     std::vector<SoundID> members;
     for (int m = 0; m < 3; ++m) {
-        members.push_back(w.addEnvironment(w.tone(QStringLiteral("m%1.wav").arg(m), 0.2, 1500.0 + 300 * m)));
+        members.push_back(w.addEnvironment(w.writeSound(QStringLiteral("m%1.wav").arg(m), 0.2, 1500.0 + 300 * m)));
         w.world.setEnvironmentSoundGroupID(members.back(), group);
     }
     w.world.start();
@@ -302,11 +300,11 @@ TEST(EnvironmentPlays, AGroupPicksEachOfItsMembersOverTime) {
 }
 
 TEST(EnvironmentPlays, ASoundRemovedFromTheWorldIsNotPlayedAgain) {
-    ScheduledWorld w(2);
+    WorldFixture w(2);
     const GroupID group = w.world.addGroup(QStringLiteral("Pair"));
     w.world.setGroupMinInterval(group, 1);
     w.world.setGroupMaxInterval(group, 1);
-    const SoundID a = w.addEnvironment(w.tone("a.wav", 0.2, 1500.0));
+    const SoundID a = w.addEnvironment(w.writeSound("a.wav", 0.2, 1500.0));
     w.world.setEnvironmentSoundGroupID(a, group);
     w.world.start();
     w.runSeconds(0.5);
@@ -324,10 +322,10 @@ TEST(EnvironmentPlays, ASoundRemovedFromTheWorldIsNotPlayedAgain) {
 }
 
 TEST(WorldVolume, ScalesEveryInstanceWithinOneTick) {
-    ScheduledWorld w;
+    WorldFixture w;
     w.world.setLoopSoundsCrossFadeDuration(0);
-    const SoundID loop = w.addLoop(w.tone("loop.wav", 5.0, 440.0));
-    const SoundID env = w.addEnvironment(w.tone("env.wav", 1.0, 3000.0));
+    const SoundID loop = w.addLoop(w.writeSound("loop.wav", 5.0, 440.0));
+    const SoundID env = w.addEnvironment(w.writeSound("env.wav", 1.0, 3000.0));
     w.world.setEnvironmentSoundMinInterval(env, 1);
     w.world.setEnvironmentSoundMaxInterval(env, 1);
     w.world.setVolume(0.5);
@@ -346,7 +344,7 @@ TEST(WorldVolume, ScalesEveryInstanceWithinOneTick) {
 }
 
 TEST(WorldVolume, SmallChangesAreIgnoredAndValuesClamped) {
-    ScheduledWorld w;
+    WorldFixture w;
     EXPECT_EQ(w.world.getVolume(), 1.0);
     w.world.setVolume(1.00005);
     EXPECT_EQ(w.world.getVolume(), 1.0);
@@ -366,10 +364,10 @@ TEST(WorldVolume, SmallChangesAreIgnoredAndValuesClamped) {
 // member, interval and volume.
 TEST(RandomDraws, StartDrawsInTheDocumentedOrder) {
     constexpr unsigned SEED = 1234;
-    ScheduledWorld w(SEED);
+    WorldFixture w(SEED);
     std::vector<SoundID> loops;
-    for (int i = 0; i < 3; ++i) loops.push_back(w.addLoop(w.tone(QStringLiteral("l%1.wav").arg(i), 2.0 + i, 300.0)));
-    const SoundID alone = w.addEnvironment(w.tone("alone.wav", 0.2, 1000.0));
+    for (int i = 0; i < 3; ++i) loops.push_back(w.addLoop(w.writeSound(QStringLiteral("l%1.wav").arg(i), 2.0 + i, 300.0)));
+    const SoundID alone = w.addEnvironment(w.writeSound("alone.wav", 0.2, 1000.0));
     w.world.setEnvironmentSoundMinInterval(alone, 10);
     w.world.setEnvironmentSoundMaxInterval(alone, 20);
     w.world.setEnvironmentSoundMinVolume(alone, 0.2);
@@ -379,7 +377,7 @@ TEST(RandomDraws, StartDrawsInTheDocumentedOrder) {
     w.world.setGroupMaxInterval(group, 50);
     std::vector<SoundID> members;
     for (int m = 0; m < 3; ++m) {
-        members.push_back(w.addEnvironment(w.tone(QStringLiteral("m%1.wav").arg(m), 0.2, 1200.0)));
+        members.push_back(w.addEnvironment(w.writeSound(QStringLiteral("m%1.wav").arg(m), 0.2, 1200.0)));
         w.world.setEnvironmentSoundGroupID(members.back(), group);
         w.world.setEnvironmentSoundMinVolume(members.back(), 0.1 * (m + 1));
         w.world.setEnvironmentSoundMaxVolume(members.back(), 0.1 * (m + 1));
@@ -410,9 +408,9 @@ TEST(RandomDraws, StartDrawsInTheDocumentedOrder) {
 
 TEST(RandomDraws, ASeedReplaysTheSameSchedule) {
     const auto schedule = [](unsigned seed) {
-        ScheduledWorld w(seed);
+        WorldFixture w(seed);
         for (int i = 0; i < 3; ++i) {
-            const SoundID env = w.addEnvironment(w.tone(QStringLiteral("e%1.wav").arg(i), 0.2, 1000.0 + 200 * i));
+            const SoundID env = w.addEnvironment(w.writeSound(QStringLiteral("e%1.wav").arg(i), 0.2, 1000.0 + 200 * i));
             w.world.setEnvironmentSoundMinInterval(env, 1);
             w.world.setEnvironmentSoundMaxInterval(env, 4);
             w.world.setEnvironmentSoundMinVolume(env, 0.1);
@@ -421,7 +419,7 @@ TEST(RandomDraws, ASeedReplaysTheSameSchedule) {
         PlayLog log(w);
         w.runSeconds(20.0, [&](int tick) { log.onTick(tick); });
         std::vector<std::pair<double, int>> result;
-        for (const Play& play : log.plays()) result.emplace_back(play.startTime - w.loop.clockOrigin(), play.volumeAtStart);
+        for (const Play& play : log.plays()) result.emplace_back(play.startTime - w.eventLoop.clockOrigin(), play.volumeAtStart);
         return result;
     };
     const auto first = schedule(42);

@@ -4,7 +4,7 @@
 
 #include <set>
 
-#include "worldtestfixture.h"
+#include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
@@ -66,6 +66,29 @@ protected:
         return 0;
     }
 
+    // A group of two 2-s sounds, 2..4 s apart, played until its first play has begun: the group,
+    // the member sounding and the other one.
+    struct GroupOfTwo {
+        GroupID group;
+        SoundID audible;
+        SoundID other;
+    };
+    GroupOfTwo playGroupOfTwo() {
+        const GroupID group = world.addGroup(QString());
+        world.setGroupMinInterval(group, 2);
+        world.setGroupMaxInterval(group, 4);
+        const SoundID s1 = addEnvironment("one.wav", 2.0);
+        const SoundID s2 = addEnvironment("two.wav", 2.0);
+        world.setEnvironmentSoundGroupID(s1, group);
+        world.setEnvironmentSoundGroupID(s2, group);
+        world.start();
+        EXPECT_EQ(groupScheduledCount(group), 1);
+        play(4.2);
+        const SoundID audible = isAudible(s1) ? s1 : s2;
+        EXPECT_TRUE(isAudible(audible));
+        return {group, audible, audible == s1 ? s2 : s1};
+    }
+
     struct Snapshot {
         SoundID soundID;
         double startTime;
@@ -86,15 +109,6 @@ protected:
 };
 
 // ---- Adding
-
-TEST_F(WorldEditingTest, AddingToAStoppedWorldLoadsButSchedulesNothing) {
-    const SoundID loop = addLoop("loop.wav", 330);
-    const SoundID env = addEnvironment("env.wav");
-    EXPECT_EQ(entriesOf(loop).size(), 1u);
-    EXPECT_EQ(entriesOf(env).size(), 1u);
-    EXPECT_EQ(scheduledCount(loop), 0);
-    EXPECT_EQ(scheduledCount(env), 0);
-}
 
 TEST_F(WorldEditingTest, AnEnvironmentSoundAddedWhilePlayingIsDueWithinItsInterval) {
     world.start();
@@ -279,27 +293,14 @@ TEST_F(WorldEditingTest, LoopVolumeFollowsWithinOneTick) {
     const int sounding = scheduledLoopEntries().front();
     ASSERT_EQ(movieOf(sounding).volume(), 256);
     world.setLoopSoundVolume(a, 0.5);
-    play(1.0 / 15.0 + 0.01);
+    play(TICK + 0.01);
     EXPECT_EQ(movieOf(sounding).volume(), 128);
 }
 
 // ---- Environment sounds and groups
 
 TEST_F(WorldEditingTest, MovingAnAudibleSoundFromAGroupOfTwoIntoNoGroup) {
-    const GroupID group = world.addGroup(QString());
-    world.setGroupMinInterval(group, 2);
-    world.setGroupMaxInterval(group, 4);
-    const SoundID s1 = addEnvironment("one.wav", 2.0);
-    const SoundID s2 = addEnvironment("two.wav", 2.0);
-    world.setEnvironmentSoundGroupID(s1, group);
-    world.setEnvironmentSoundGroupID(s2, group);
-    world.start();
-    ASSERT_EQ(groupScheduledCount(group), 1);
-
-    play(4.2);  // the group's first play has begun
-    const SoundID moved = isAudible(s1) ? s1 : s2;
-    const SoundID other = moved == s1 ? s2 : s1;
-    ASSERT_TRUE(isAudible(moved));
+    const auto [group, moved, other] = playGroupOfTwo();
     const double movedAt = now();
 
     world.setEnvironmentSoundGroupID(moved, 0);
@@ -384,23 +385,12 @@ TEST_F(WorldEditingTest, RemovingTheMemberThatHoldsTheTurnHandsItOn) {
 }
 
 TEST_F(WorldEditingTest, RemovingTheAudibleMemberSchedulesAnotherAfterAFreshInterval) {
-    const GroupID group = world.addGroup(QString());
-    world.setGroupMinInterval(group, 2);
-    world.setGroupMaxInterval(group, 4);
-    const SoundID s1 = addEnvironment("one.wav", 2.0);
-    const SoundID s2 = addEnvironment("two.wav", 2.0);
-    world.setEnvironmentSoundGroupID(s1, group);
-    world.setEnvironmentSoundGroupID(s2, group);
-    world.start();
-    play(4.2);
-    const SoundID playing = isAudible(s1) ? s1 : s2;
-    ASSERT_TRUE(isAudible(playing));
+    const auto [group, playing, heir] = playGroupOfTwo();
     ASSERT_EQ(groupScheduledCount(group), 1);
     const double removedAt = now();
 
     world.removeEnvironmentSound(playing);
 
-    const SoundID heir = playing == s1 ? s2 : s1;
     EXPECT_EQ(groupScheduledCount(group), 1);
     const double next = pendingStartOf(heir);
     EXPECT_GE(next, removedAt + 2.0);

@@ -7,7 +7,7 @@
 #include <QFileInfo>
 
 #include "core/strings/stringresources.h"
-#include "worldtestfixture.h"
+#include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
@@ -16,7 +16,26 @@ QString defaultGroupName(int number) {
     return copyLocalizedString(DEFAULT_ENVIRONMENT_SOUND_GROUP_NAME_KEY, MISC_STRINGS_FILE).arg(number);
 }
 
-using WorldIdentifiersTest = WorldTest;
+class WorldModelTest : public WorldTest {
+protected:
+    // Loads a package whose description holds `entries`: a world that holds values, not modified.
+    void loadPackage(const QString& entries, const QStringList& loops = {}, const QStringList& environment = {}) {
+        ASSERT_EQ(load(makePackage(QStringLiteral("World %1.sylvora").arg(++packages_), xmlPlist(entries), loops,
+                                   environment)),
+                  noErr);
+        ASSERT_FALSE(world.getModified());
+    }
+    void loadUnmodifiedWorld(const QString& name) {
+        loadPackage(QStringLiteral("<key>Name</key><string>%1</string><key>Author</key><string>%1</string>"
+                                   "<key>Description</key><string>%1</string>")
+                        .arg(name));
+    }
+
+private:
+    int packages_ = 0;
+};
+
+using WorldIdentifiersTest = WorldModelTest;
 
 TEST_F(WorldIdentifiersTest, OneCounterServesEveryKindAndOutlivesReset) {
     EXPECT_EQ(world.addGroup(QString()), 1u);
@@ -106,7 +125,7 @@ TEST_F(WorldIdentifiersTest, FullTablesRefuseTheFiftyFirstUntilOneIsRemoved) {
     EXPECT_EQ(world.getIndLoopSoundID(World::MAX_LOOP_SOUNDS - 1), 152u);
 }
 
-using WorldMetadataTest = WorldTest;
+using WorldMetadataTest = WorldModelTest;
 
 TEST_F(WorldMetadataTest, StringSettersKeepNullApartFromEmpty) {
     EXPECT_TRUE(world.getName().isNull());
@@ -185,14 +204,12 @@ TEST_F(WorldMetadataTest, ResetEmptiesThePlayingWorldButKeepsVolumeAndIdentifier
 
 TEST_F(WorldMetadataTest, ValueSettersMarkOnlyRealChanges) {
     // A loaded world holds records and is not modified; setting their stored values keeps it so.
-    const QString package = makePackage(QStringLiteral(
-        "<key>Environment Sound Groups</key><array><dict><key>Group Name</key><string>Birds</string></dict></array>"
-        "<key>Loop Sounds</key><array><dict><key>File Name</key><string>loop.wav</string></dict></array>"
-        "<key>Environment Sounds</key><array><dict><key>File Name</key><string>env.wav</string>"
-        "<key>Group Index</key><integer>0</integer></dict></array>"));
-    writeSound(QFileInfo(package).fileName() + QStringLiteral("/Loop Sounds/loop.wav"));
-    writeSound(QFileInfo(package).fileName() + QStringLiteral("/Environment Sounds/env.wav"));
-    loadPackage(package);
+    loadPackage(QStringLiteral(
+                    "<key>Environment Sound Groups</key><array><dict><key>Group Name</key><string>Birds</string></dict></array>"
+                    "<key>Loop Sounds</key><array><dict><key>File Name</key><string>loop.wav</string></dict></array>"
+                    "<key>Environment Sounds</key><array><dict><key>File Name</key><string>env.wav</string>"
+                    "<key>Group Index</key><integer>0</integer></dict></array>"),
+                {QStringLiteral("loop.wav")}, {QStringLiteral("env.wav")});
     const SoundID loop = world.getIndLoopSoundID(0);
     const SoundID env = world.getIndEnvironmentSoundID(0);
     const GroupID group = world.getIndGroupID(0);
@@ -217,7 +234,7 @@ TEST_F(WorldMetadataTest, ValueSettersMarkOnlyRealChanges) {
     EXPECT_EQ(world.getEnvironmentSoundMinVolume(env), 0.25);
 }
 
-using WorldGroupsTest = WorldTest;
+using WorldGroupsTest = WorldModelTest;
 
 TEST_F(WorldGroupsTest, DefaultNamesKeepCountingAfterARemovalAndRestartAfterReset) {
     const GroupID first = world.addGroup(QString());
@@ -314,8 +331,8 @@ TEST_F(WorldGroupsTest, JoiningAGroupTakesItsIntervalsAndLeavingKeepsThem) {
 }
 
 TEST_F(WorldGroupsTest, GroupNamesFollowTheStringRule) {
-    loadPackage(makePackage(QStringLiteral(
-        "<key>Environment Sound Groups</key><array><dict><key>Group Name</key><string>Birds</string></dict></array>")));
+    loadPackage(QStringLiteral(
+        "<key>Environment Sound Groups</key><array><dict><key>Group Name</key><string>Birds</string></dict></array>"));
     const GroupID loaded = world.getIndGroupID(0);
     ASSERT_EQ(world.getGroupName(loaded), QStringLiteral("Birds"));
 
@@ -349,7 +366,7 @@ TEST_F(WorldGroupsTest, ClearingListsMarksOnlyWhenSomethingWasThere) {
     EXPECT_EQ(world.getNumEnvironmentSounds(), 0);
 }
 
-using WorldSoundsTest = WorldTest;
+using WorldSoundsTest = WorldModelTest;
 
 TEST_F(WorldSoundsTest, TheSameFileIsRefusedTwiceEvenThroughAnotherPath) {
     const QString path = writeSound("rain.wav");

@@ -8,7 +8,7 @@
 #include <QImage>
 
 #include "core/strings/stringresources.h"
-#include "worldtestfixture.h"
+#include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
@@ -26,16 +26,7 @@ int openDescriptorsOn(const QString& path) {
     return count;
 }
 
-class WorldPictureTest : public WorldTest {
-protected:
-    QString writePicture(const QString& name, int width, int height) {
-        QImage image(width, height, QImage::Format_RGB32);
-        image.fill(Qt::darkGreen);
-        const QString path = dir.filePath(name);
-        EXPECT_TRUE(image.save(path, "PNG"));
-        return path;
-    }
-};
+using WorldPictureTest = WorldTest;
 
 TEST_F(WorldPictureTest, AChosenPictureIsDecodedOnceAndItsFileHeldOpen) {
     const QString path = writePicture("meadow.png", 64, 32);
@@ -104,10 +95,11 @@ TEST_F(WorldPictureTest, AFileThatCannotBeFoundOrOpenedLeavesNoPicture) {
 }
 
 TEST_F(WorldPictureTest, AnUndecodablePictureIsForgottenWithoutMarkingTheWorld) {
-    const QString package = makePackage(QStringLiteral("<key>Picture File Name</key><string>broken.png</string>"));
-    const QString broken = dir.writeFile(QFileInfo(package).fileName() + QStringLiteral("/broken.png"),
-                                         QByteArray("not an image"));
-    loadPackage(package);
+    const QString package = makePackage(QStringLiteral("World.sylvora"),
+                                        xmlPlist(QStringLiteral("<key>Picture File Name</key><string>broken.png</string>")));
+    const QString broken = dir.writeFile(QStringLiteral("World.sylvora/broken.png"), QByteArray("not an image"));
+    ASSERT_EQ(load(package), noErr);
+    ASSERT_FALSE(world.getModified());
     ASSERT_NE(world.getPictureFileAlias(), nullptr) << "the file exists and opens, so it is kept at first";
     EXPECT_EQ(world.copyPictureDisplayFilename(), QStringLiteral("broken.png"));
 

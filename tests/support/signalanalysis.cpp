@@ -1,13 +1,26 @@
-#include "toneanalysis.h"
+#include "signalanalysis.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <numbers>
 
 namespace sylvora::test {
 
 namespace {
+
+template <typename Sample>
+double goertzelPower(const Sample* samples, std::size_t count, int rate, double frequency) {
+    const double coefficient = 2.0 * std::cos(2.0 * std::numbers::pi * frequency / rate);
+    double s1 = 0.0;
+    double s2 = 0.0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const double s0 = samples[i] + coefficient * s1 - s2;
+        s2 = s1;
+        s1 = s0;
+    }
+    return s1 * s1 + s2 * s2 - coefficient * s1 * s2;
+}
 
 // The window's samples with a Hann window applied, which keeps a strong tone's leakage from
 // hiding where its peak is.
@@ -20,22 +33,11 @@ std::vector<double> windowed(const std::vector<float>& samples, std::size_t from
     return out;
 }
 
-double goertzelPower(const std::vector<double>& samples, int rate, double frequency) {
-    const double coefficient = 2.0 * std::cos(2.0 * std::numbers::pi * frequency / rate);
-    double s1 = 0.0, s2 = 0.0;
-    for (const double sample : samples) {
-        const double s0 = sample + coefficient * s1 - s2;
-        s2 = s1;
-        s1 = s0;
-    }
-    return s1 * s1 + s2 * s2 - coefficient * s1 * s2;
-}
-
 double scan(const std::vector<double>& samples, int rate, double low, double high, double step) {
     double best = low;
     double bestPower = -1.0;
     for (double f = low; f <= high; f += step) {
-        const double power = goertzelPower(samples, rate, f);
+        const double power = goertzelPower(samples.data(), samples.size(), rate, f);
         if (power > bestPower) {
             bestPower = power;
             best = f;
@@ -46,15 +48,27 @@ double scan(const std::vector<double>& samples, int rate, double low, double hig
 
 }  // namespace
 
+void Recording::append(const float* interleaved, std::size_t frames) {
+    for (std::size_t i = 0; i < frames; ++i) left_.push_back(interleaved[2 * i]);
+}
+
+double Recording::amplitude(std::size_t firstFrame, std::size_t frames, double frequency, int rate) const {
+    if (firstFrame >= left_.size()) return 0.0;
+    frames = std::min(frames, left_.size() - firstFrame);
+    if (frames == 0) return 0.0;
+    const double power = goertzelPower(left_.data() + firstFrame, frames, rate, frequency);
+    return 2.0 * std::sqrt(std::max(0.0, power)) / static_cast<double>(frames);
+}
+
 std::vector<float> monoFromS16Stereo(const QByteArray& raw) {
     const std::size_t frames = static_cast<std::size_t>(raw.size()) / 4;
     std::vector<float> mono(frames);
-    for (std::size_t i = 0; i < frames; ++i) {
-        std::int16_t left = 0, right = 0;
-        std::memcpy(&left, raw.constData() + 4 * i, 2);
-        std::memcpy(&right, raw.constData() + 4 * i + 2, 2);
-        mono[i] = static_cast<float>((left + right) / 65536.0);
-    }
+    const auto sample = [&raw](std::size_t at) {
+        const auto low = static_cast<unsigned char>(raw[static_cast<qsizetype>(at)]);
+        const auto high = static_cast<unsigned char>(raw[static_cast<qsizetype>(at + 1)]);
+        return static_cast<std::int16_t>(static_cast<std::uint16_t>(low | (high << 8)));
+    };
+    for (std::size_t i = 0; i < frames; ++i) mono[i] = static_cast<float>((sample(4 * i) + sample(4 * i + 2)) / 65536.0);
     return mono;
 }
 
