@@ -9,7 +9,7 @@
 #include "core/files/morefilesx.h"
 #include "core/files/uniquefd.h"
 #include "core/files/utils.h"
-#include "ordinaryuser.h"
+#include "support/ordinaryuser.h"
 #include "support/tempdir.h"
 
 namespace sylvora {

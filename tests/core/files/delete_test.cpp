@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "core/files/morefilesx.h"
-#include "ordinaryuser.h"
+#include "support/ordinaryuser.h"
 #include "support/tempdir.h"
 
 namespace sylvora {

@@ -1,4 +1,4 @@
-#include "ordinaryuser.h"
+#include "support/ordinaryuser.h"
 
 #include <gtest/gtest.h>
 
