@@ -84,6 +84,20 @@ TEST_P(PlayState, EndOfPlayIsDoneAtTheFullDuration) {
     EXPECT_EQ(sound->time(), sound->duration());
 }
 
+TEST_P(PlayState, DoneInTheBlockThatPlaysTheLastFrame) {
+    // Blocks that divide the length exactly, so no block comes up short to give the end away.
+    constexpr std::size_t block = 480;
+    const auto total = static_cast<std::size_t>(GetParam() * 48000);
+    ASSERT_EQ(total % block, 0u);
+    sound->start();
+    renderFrames(engine, total - block, block);
+    EXPECT_FALSE(sound->isDone());
+    renderFrames(engine, block, block);
+    EXPECT_TRUE(sound->isDone()) << "the end is reported with the last frame, not a block later";
+    EXPECT_EQ(sound->time(), sound->duration());
+    EXPECT_EQ(sound->rate(), 0.0);
+}
+
 TEST_P(PlayState, RewindAfterAnUnwatchedEndIsNotUndoneByTheStaleEnd) {
     sound->start();
     // Play past the end without asking, as a tick that comes late would.

@@ -69,6 +69,8 @@ void Engine::Impl::dispose(std::shared_ptr<Voice> voice) {
     voice->control.store(voiceword::pack(voiceword::segment(control), 0, voiceword::position(control)),
                          std::memory_order_release);
     voice->want.store(0, std::memory_order_release);
+    if (voice->source->streamed)
+        streamer.wake();
     dying_.push_back(Dying{std::move(voice), slot, 0, 0, false});
     reclaim();
 }
@@ -137,8 +139,9 @@ void Engine::render(float* interleaved, std::size_t frames) noexcept {
 }
 
 void Engine::service() {
+    // The streaming thread is not woken here: it sleeps until a ring needs frames, and every
+    // request for a ring wakes it when it is made.
     impl_->reclaim();
-    impl_->streamer.wake();
 }
 
 std::uint64_t Engine::underruns() const noexcept {
@@ -146,7 +149,11 @@ std::uint64_t Engine::underruns() const noexcept {
 }
 
 void Engine::waitForStreams() {
-    impl_->streamer.waitUntilServed();
+    impl_->streamer.serveNow();
+}
+
+void Engine::waitForStreams(std::size_t frames) {
+    impl_->streamer.serveAhead(frames);
 }
 
 std::size_t Engine::decodedBytes() {

@@ -39,15 +39,20 @@ public:
     void render(float* interleaved, std::size_t frames) noexcept;
 
     // [main] Services all instances once (the timer's per-tick call): publishes the ends of plays,
-    // frees what the audio thread released and wakes the streaming thread.
+    // and frees what the audio thread released.
     void service();
 
     // [any] Blocks of a streaming instance that were not ready in time (played as silence).
     std::uint64_t underruns() const noexcept;
 
-    // [main] Blocks until the streaming thread has answered every request made so far and filled
-    // every ring it holds. For offline rendering and tests, which pull faster than real time.
+    // [main] Answers every request for a ring made so far and fills every ring, on the calling
+    // thread, before it returns. For offline rendering and tests, which pull faster than real time;
+    // what is rendered after it does not depend on thread timing.
     void waitForStreams();
+    // [main] Returns once every wanted ring holds the next `frames` frames (or its end), waiting
+    // only when one does not; the streaming thread keeps filling meanwhile. Rendering `frames`
+    // after it gives the same result as after waitForStreams(), sooner.
+    void waitForStreams(std::size_t frames);
     // [main] Bytes of short sounds held decoded in memory (shared by all instances of a file).
     std::size_t decodedBytes();
     // [any] Rings the streaming thread holds for instances that play or are about to.

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <chrono>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "audio/engine/sourcereader.h"
 #include "audio/engine/streamring.h"
 #include "audio/engine/voice.h"
@@ -10,9 +13,16 @@
 namespace sylvora::audio {
 
 namespace {
-// Passes without a finished render after which nobody is pulling audio, so a stopped instance's
-// ring need not wait for its fade-out to be played (about 200 ms).
+// Without a finished render for this long (or this many passes, when an offline caller drives the
+// passes), nobody is pulling audio, so a stopped instance's ring need not wait for its fade-out.
+constexpr auto STALL_TIME = std::chrono::milliseconds(200);
 constexpr int STALLED_PASSES = 20;
+// While a ring waits to be retired (a fade-out playing, a render that may still read it) the
+// thread looks again this often; otherwise it sleeps until a ring needs frames or it is woken.
+constexpr auto RETIRE_CHECK = std::chrono::milliseconds(20);
+constexpr std::size_t NOTHING_DUE = ~std::size_t{0};
+constexpr int STREAM_NICE = -10;
+constexpr std::size_t FIRST_FILL = 4096;
 }  // namespace
 
 Streamer::Streamer(int engineRate, const RenderEpochs& epochs)
@@ -24,15 +34,12 @@ Streamer::~Streamer() {
         stopping_ = true;
     }
     wake_.notify_all();
-    served_.notify_all();
     thread_.join();
 }
 
 void Streamer::add(std::shared_ptr<Voice> voice) {
-    {
-        std::lock_guard lock(mutex_);
-        voices_.push_back(std::move(voice));
-    }
+    std::lock_guard lock(mutex_);
+    voices_.push_back(std::move(voice));
 }
 
 void Streamer::remove(const Voice* voice) {
@@ -43,48 +50,129 @@ void Streamer::remove(const Voice* voice) {
 void Streamer::wake() {
     {
         std::lock_guard lock(mutex_);
+        if (nudged_)
+            return;
         nudged_ = true;
     }
     wake_.notify_one();
 }
 
-void Streamer::waitUntilServed() {
-    std::unique_lock lock(mutex_);
-    const std::uint64_t ticket = ++requests_;
-    nudged_ = true;
-    wake_.notify_one();
-    served_.wait(lock, [&] { return passesDone_ >= ticket || stopping_; });
+void Streamer::serveNow() {
+    pass();
+}
+
+void Streamer::serveAhead(std::size_t frames) {
+    bool low = false;
+    // Only the main thread changes voices_, so it may read it without the lock. Backwards, so
+    // that this thread and the streaming thread, which goes forwards, meet rather than queue.
+    for (auto it = voices_.rbegin(); it != voices_.rend(); ++it) {
+        Voice& voice = **it;
+        const Need need = needs(voice, frames);
+        if (need == Need::Frames) {
+            std::lock_guard voiceLock(voice.stream.lock);
+            serve(voice, false);
+        }
+        low = low || need == Need::Soon;
+    }
+    if (low)
+        wake();
+}
+
+Streamer::Need Streamer::needs(const Voice& voice, std::size_t frames) const {
+    const std::uint64_t want = voice.want.load(std::memory_order_acquire);
+    const std::uint64_t control = voice.control.load(std::memory_order_acquire);
+    // A ring nobody wants is never filled, by a pass or otherwise; one readied for a start that
+    // has not come is not read yet.
+    if (!voiceword::flagA(want) || !voiceword::flagA(control) ||
+        voiceword::segment(control) != voiceword::segment(want))
+        return Need::Nothing;
+    const StreamRing* ring = voice.ring.load(std::memory_order_acquire);
+    if (!ring || ring->segment != voiceword::segment(want))
+        return Need::Frames;
+    if (ring->full())
+        return Need::Nothing;
+    const std::size_t held = ring->readableFrames();
+    if (held < frames)
+        return Need::Frames;
+    return held < REFILL_AT ? Need::Soon : Need::Nothing;
 }
 
 void Streamer::run() {
-    std::vector<std::shared_ptr<Voice>> voices;
+    // Reading is what keeps the rings from running dry, so it should not queue behind whatever
+    // else keeps the cores busy. Raising the priority needs a privilege most users lack; without
+    // it the thread simply runs at the normal priority.
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), STREAM_NICE);
+    Clock::time_point due = Clock::time_point::max();
     std::unique_lock lock(mutex_);
+    const auto woken = [this] { return stopping_ || nudged_; };
     while (!stopping_) {
-        wake_.wait_for(lock, std::chrono::milliseconds(PERIOD_MS), [&] { return stopping_ || nudged_; });
+        if (due == Clock::time_point::max())
+            wake_.wait(lock, woken);
+        else
+            wake_.wait_until(lock, due, woken);
         if (stopping_)
             break;
         nudged_ = false;
-        const std::uint64_t ticket = requests_;
-        voices = voices_;
         lock.unlock();
-
-        const std::uint64_t finished = epochs_.finished.load(std::memory_order_acquire);
-        idlePasses_ = finished == lastFinished_ ? idlePasses_ + 1 : 0;
-        lastFinished_ = finished;
-        const bool stalled = idlePasses_ >= STALLED_PASSES;
-        for (const auto& voice : voices)
-            serve(*voice, stalled);
-        std::erase_if(graveyard_, [&](const auto& entry) { return epochs_.passed(entry.second); });
-        // Voices dropped by the main thread meanwhile may die here; that is fine off the audio thread.
-        voices.clear();
-
+        due = pass();
         lock.lock();
-        passesDone_ = ticket;
-        served_.notify_all();
     }
 }
 
-void Streamer::serve(Voice& voice, bool stalled) {
+Streamer::Clock::time_point Streamer::pass() {
+    std::lock_guard passLock(passMutex_);
+    {
+        std::lock_guard lock(mutex_);
+        passVoices_ = voices_;
+    }
+    const Clock::time_point now = Clock::now();
+    const std::uint64_t finished = epochs_.finished.load(std::memory_order_acquire);
+    if (finished != lastFinished_) {
+        lastFinished_ = finished;
+        lastProgress_ = now;
+        idlePasses_ = 0;
+    } else {
+        ++idlePasses_;
+    }
+    const bool stalled = idlePasses_ >= STALLED_PASSES || now - lastProgress_ >= STALL_TIME;
+    // Emptiest first, and new rings (none yet) before all: under load they run dry first. The
+    // levels are read once, as the audio thread keeps draining them.
+    passOrder_.clear();
+    for (std::size_t i = 0; i < passVoices_.size(); ++i) {
+        const StreamRing* ring = passVoices_[i]->ring.load(std::memory_order_acquire);
+        passOrder_.emplace_back(ring ? ring->readableFrames() : 0, i);
+    }
+    std::sort(passOrder_.begin(), passOrder_.end());
+    std::size_t dueIn = NOTHING_DUE;
+    bool retiring = false;
+    for (const auto& [level, index] : passOrder_) {
+        const std::shared_ptr<Voice>& voice = passVoices_[index];
+        std::lock_guard voiceLock(voice->stream.lock);
+        if (serve(*voice, stalled))
+            retiring = true;
+        const StreamRing* ring = voice->stream.ring.get();
+        if (ring && voice->stream.reader) {
+            const std::size_t ready = ring->readableFrames();
+            dueIn = std::min(dueIn, ready > REFILL_AT ? ready - REFILL_AT : 0);
+        }
+    }
+    {
+        std::lock_guard graveLock(graveyardMutex_);
+        std::erase_if(graveyard_, [&](const auto& entry) { return epochs_.passed(entry.second); });
+        retiring = retiring || !graveyard_.empty();
+    }
+    // Voices dropped by the main thread meanwhile may die here; that is fine off the audio thread.
+    passVoices_.clear();
+
+    Clock::time_point due = Clock::time_point::max();
+    if (dueIn != NOTHING_DUE)
+        due = now + std::chrono::nanoseconds(static_cast<std::int64_t>(dueIn) * 1'000'000'000 / engineRate_);
+    if (retiring)
+        due = std::min(due, now + RETIRE_CHECK);
+    return due;
+}
+
+bool Streamer::serve(Voice& voice, bool stalled) {
     const std::uint64_t want = voice.want.load(std::memory_order_acquire);
     Voice::StreamState& state = voice.stream;
     const std::uint64_t status = voice.status.load(std::memory_order_acquire);
@@ -93,19 +181,20 @@ void Streamer::serve(Voice& voice, bool stalled) {
         if (!state.ring || state.ring->segment != voiceword::segment(want))
             openRing(voice, want);
         fill(voice);
-        return;
+        return false;
     }
     if (!state.ring)
-        return;
+        return false;
     // Not wanted any more: keep the ring until the audio thread has played the stop's fade-out.
     const std::uint64_t control = voice.control.load(std::memory_order_acquire);
     const bool quiet = voiceword::segment(status) == voiceword::segment(control) &&
                        !voiceword::flagB(status) && (!voiceword::flagA(control) || voiceword::flagA(status));
     if (!quiet && !stalled)
-        return;
+        return true;
     voice.ring.store(nullptr, std::memory_order_seq_cst);
     retire(std::move(state.ring));
     state.reader.reset();
+    return false;
 }
 
 void Streamer::openRing(Voice& voice, std::uint64_t want) {
@@ -127,21 +216,24 @@ void Streamer::openRing(Voice& voice, std::uint64_t want) {
         ring->markEnd();
     std::unique_ptr<StreamRing> old = std::move(state.ring);
     state.ring = std::move(ring);
-    fill(voice);
+    // Published once its first frames are in, so that a play started without being readied
+    // waits for one decoder open and a few milliseconds of audio, not for a whole ring; the
+    // caller fills the rest.
+    fill(voice, FIRST_FILL);
     voice.ring.store(state.ring.get(), std::memory_order_seq_cst);
     if (old)
         retire(std::move(old));
 }
 
-void Streamer::fill(Voice& voice) {
+void Streamer::fill(Voice& voice, std::size_t upTo) {
     Voice::StreamState& state = voice.stream;
     if (!state.reader || !state.ring)
         return;
     StreamRing& ring = *state.ring;
-    while (!ring.full()) {
+    for (std::size_t held = ring.readableFrames(); !ring.full() && held < upTo; held = ring.readableFrames()) {
         std::size_t span = 0;
         float* to = ring.writeSpan(span);
-        const std::size_t n = state.reader->read(to, span);
+        const std::size_t n = state.reader->read(to, std::min(span, upTo - held));
         if (n == 0) {
             ring.markEnd();
             state.reader.reset();
@@ -154,6 +246,7 @@ void Streamer::fill(Voice& voice) {
 void Streamer::retire(std::unique_ptr<StreamRing> ring) {
     if (!ring)
         return;
+    std::lock_guard graveLock(graveyardMutex_);
     graveyard_.emplace_back(std::move(ring), epochs_.stamp());
     rings_.fetch_sub(1, std::memory_order_relaxed);
 }

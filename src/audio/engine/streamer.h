@@ -5,6 +5,8 @@
 // audio thread cannot be reading them. It never blocks the audio thread; the audio thread never
 // waits for it (a ring that runs dry plays silence and is counted).
 
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -23,13 +25,15 @@ class Voice;
 
 class Streamer {
   public:
-    // 16384 frames is 0.34 s at 48 kHz (128 KiB of stereo float). The thread tops rings up every
-    // 10 ms and a pass over 100 voices takes a few ms, so a ring rides out a stall of 300 ms (a busy
-    // core, a slow disk) before anything is heard. Rings are a third of what a streamed instance
-    // costs (the decoder, FFmpeg's Vorbis above all, and the resampler are the rest), and a ring
-    // exists only while its instance plays or is about to.
+    // 16384 frames is 0.34 s at 48 kHz (128 KiB of stereo float). Rings are a third of what a
+    // streamed instance costs (the decoder, FFmpeg's Vorbis above all, and the resampler are the
+    // rest), and a ring exists only while its instance plays or is about to.
     static constexpr std::size_t RING_FRAMES = 16384;
-    static constexpr int PERIOD_MS = 10;
+    // The thread sleeps until the emptiest draining ring is down to this many frames, tops every
+    // ring up in one pass, emptiest first, and sleeps again: about twelve wake-ups a second
+    // whatever the number of voices, and 0.26 s at 48 kHz left in every ring to ride out a busy
+    // core or a slow disk.
+    static constexpr std::size_t REFILL_AT = RING_FRAMES * 3 / 4;
 
     Streamer(int engineRate, const RenderEpochs& epochs);
     ~Streamer();
@@ -39,32 +43,49 @@ class Streamer {
     void add(std::shared_ptr<Voice> voice);  // [main]
     void remove(const Voice* voice);         // [main]
     void wake();                             // [main]
-    // [main] Returns once a full pass that began after the call has served every request.
-    void waitUntilServed();
+    // [main] Serves every request made so far and fills every ring, on the calling thread: an
+    // offline render pulls faster than real time, and handing each block to the streaming thread
+    // and back would cost more than the filling itself. The result is the same either way.
+    void serveNow();
+    // [main] The same guarantee for the next `frames` frames of every ring about to be read: it
+    // fills only rings that lack them, itself, and wakes the streaming thread to fill ahead those
+    // running low while the caller mixes and writes. The next `frames` render as after serveNow().
+    void serveAhead(std::size_t frames);
     std::size_t ringsInUse() const noexcept { return rings_.load(std::memory_order_relaxed); }  // [any]
 
   private:
+    using Clock = std::chrono::steady_clock;
+
     void run();                                       // [stream]
-    void serve(Voice& voice, bool stalled);           // [stream]
-    void openRing(Voice& voice, std::uint64_t want);  // [stream]
-    void fill(Voice& voice);                          // [stream]
-    void retire(std::unique_ptr<StreamRing> ring);    // [stream]
+    enum class Need { Nothing, Soon, Frames };
+    // [main] Whether the ring of `voice` must be filled before `frames` more are read.
+    Need needs(const Voice& voice, std::size_t frames) const;
+    // [stream] [main] One pass over every voice, under passMutex_; returns when the next is due.
+    Clock::time_point pass();
+    bool serve(Voice& voice, bool stalled);           // [stream] [main] true: check again soon
+    void openRing(Voice& voice, std::uint64_t want);  // [stream] [main]
+    void fill(Voice& voice, std::size_t upTo = RING_FRAMES);  // [stream] [main]
+    void retire(std::unique_ptr<StreamRing> ring);    // [stream] [main]
 
     const int engineRate_;
     const RenderEpochs& epochs_;
 
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::condition_variable served_;
     std::vector<std::shared_ptr<Voice>> voices_;  // guarded by mutex_
-    std::uint64_t requests_ = 0;                  // guarded by mutex_
-    std::uint64_t passesDone_ = 0;                // guarded by mutex_
     bool stopping_ = false;                       // guarded by mutex_
     bool nudged_ = false;                         // guarded by mutex_
 
-    // Streaming-thread state.
-    std::vector<std::pair<std::unique_ptr<StreamRing>, std::uint64_t>> graveyard_;
+    // One pass at a time; the pass's own state below belongs to whoever holds it. A voice's
+    // streaming state is guarded by its own lock, so that an offline main thread can fill one
+    // ring while the streaming thread fills another.
+    std::mutex passMutex_;
+    std::vector<std::shared_ptr<Voice>> passVoices_;
+    std::vector<std::pair<std::size_t, std::size_t>> passOrder_;  // ring level, index in passVoices_
+    std::mutex graveyardMutex_;
+    std::vector<std::pair<std::unique_ptr<StreamRing>, std::uint64_t>> graveyard_;  // guarded by it
     std::uint64_t lastFinished_ = 0;
+    Clock::time_point lastProgress_ = Clock::now();
     int idlePasses_ = 0;
     std::atomic<std::size_t> rings_{0};
 

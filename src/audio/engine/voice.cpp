@@ -97,14 +97,14 @@ void Voice::mixHead(float* out, std::size_t frames, MixContext& context) noexcep
     }
     const std::size_t taken = take(cursor_, segment_, out, gains, frames, constant);
     cursor_ += static_cast<std::int64_t>(taken);
-    if (!source->streamed) {
-        if (cursor_ >= source->frames) {
-            ended_ = true;
-            playing_ = false;
-        }
+    // Both kinds of source deliver exactly `frames` frames, so the play ends in the block that
+    // plays its last frame, not in the next one that finds nothing left.
+    if (cursor_ >= source->frames) {
+        ended_ = true;
+        playing_ = false;
         return;
     }
-    if (taken == frames)
+    if (!source->streamed || taken == frames)
         return;
     StreamRing* r = ring.load(std::memory_order_acquire);
     if (r && r->segment == segment_ && r->exhausted()) {

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 
 #include "audio/engine/soundsource.h"
 #include "audio/engine/streamring.h"
@@ -67,8 +68,10 @@ class Voice {
     // [RT] Applies the latest control word and adds this voice into `out` (interleaved stereo).
     void mix(float* out, std::size_t frames, MixContext& context) noexcept;
 
-    // Streaming-thread state; touched only there (and by the destructor once the thread let go).
+    // Streaming state, touched under `lock` by the streaming thread or by a main thread that
+    // fills a ring itself (offline), and by the destructor once both let go. Never by the audio thread.
     struct StreamState {
+        std::mutex lock;
         std::unique_ptr<StreamRing> ring;
         std::unique_ptr<SourceReader> reader;
     } stream;

@@ -35,9 +35,10 @@ void OfflineRenderer::render(std::uint64_t frames, const Sink& sink) {
         }
         const std::uint64_t blockEnd = std::min(frameOfTick(nextTick_), end);
         const auto count = static_cast<std::size_t>(blockEnd - framesRendered_);
-        // Faster than real time the streaming thread would fall behind; waiting for it makes a
-        // streamed sound play exactly as a preloaded one, and the render repeatable.
-        engine_.waitForStreams();
+        // Faster than real time the streaming thread would fall behind; making sure the block's
+        // frames are there makes a streamed sound play exactly as a preloaded one, and the render
+        // repeatable. The streaming thread decodes ahead while this thread mixes and writes.
+        engine_.waitForStreams(count);
         engine_.render(block_.data(), count);
         if (sink) {
             sink(block_.data(), count, framesRendered_);

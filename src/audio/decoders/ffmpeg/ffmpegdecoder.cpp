@@ -121,6 +121,22 @@ std::int64_t FfmpegDecoder::statedLength() const {
     }
 }
 
+namespace {
+bool statedInHeaders(const AVFormatContext& context) {
+    bool audio = false;
+    for (unsigned i = 0; i < context.nb_streams; ++i) {
+        const AVCodecParameters& p = *context.streams[i]->codecpar;
+        if (p.codec_type != AVMEDIA_TYPE_AUDIO)
+            continue;
+        if (p.codec_id == AV_CODEC_ID_NONE || p.sample_rate <= 0 || p.ch_layout.nb_channels <= 0 ||
+            context.streams[i]->duration == AV_NOPTS_VALUE)
+            return false;
+        audio = true;
+    }
+    return audio;
+}
+}  // namespace
+
 bool FfmpegDecoder::openStreams() {
     AVFormatContext* raw = nullptr;
     // Audio files need little probing, and every byte probed stays resident for as long as a
@@ -133,7 +149,10 @@ bool FfmpegDecoder::openStreams() {
     if (opened < 0)
         return false;
     format_context_.reset(raw);
-    if (avformat_find_stream_info(raw, nullptr) < 0)
+    // Probing the stream opens and runs a decoder of its own (for Vorbis that means building every
+    // codebook twice per open, and a streamed instance opens its file at each play). Containers
+    // whose headers already state the codec, rate and channels need no probe.
+    if (!statedInHeaders(*raw) && avformat_find_stream_info(raw, nullptr) < 0)
         return false;
     const AVCodec* codec = nullptr;
     stream_ = av_find_best_stream(raw, AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
