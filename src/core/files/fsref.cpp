@@ -67,6 +67,18 @@ OSStatus renameNoReplace(const QByteArray& from, const QByteArray& to) {
     return noErr;
 }
 
+// Renames or moves `ref` to the path `target` without ever replacing what stands there.
+OSStatus moveTo(const FSRef& ref, const QString& target, FSRef* out) {
+    if (target != ref.path) {
+        if (const OSStatus status = renameNoReplace(nativepath::encode(ref.path), nativepath::encode(target));
+            status != noErr)
+            return status;
+    }
+    if (out)
+        out->path = target;
+    return noErr;
+}
+
 }  // namespace
 
 bool FSIsValidName(const QString& name) {
@@ -163,15 +175,7 @@ OSStatus FSDeleteObject(const FSRef& ref) {
 OSStatus FSRenameUnicode(const FSRef& ref, const QString& newName, FSRef* out) {
     if (ref.path.isEmpty() || !FSIsValidName(newName))
         return paramErr;
-    const QString target = nativepath::join(parentPath(ref.path), newName);
-    if (target != ref.path) {
-        if (const OSStatus status = renameNoReplace(nativepath::encode(ref.path), nativepath::encode(target));
-            status != noErr)
-            return status;
-    }
-    if (out)
-        out->path = target;
-    return noErr;
+    return moveTo(ref, nativepath::join(parentPath(ref.path), newName), out);
 }
 
 OSStatus FSMoveObject(const FSRef& ref, const FSRef& destinationDirectory, FSRef* out) {
@@ -182,15 +186,7 @@ OSStatus FSMoveObject(const FSRef& ref, const FSRef& destinationDirectory, FSRef
         return status;
     if (!isDirectory)
         return dirNFErr;
-    const QString target = nativepath::join(destinationDirectory.path, FSGetName(ref));
-    if (target != ref.path) {
-        if (const OSStatus status = renameNoReplace(nativepath::encode(ref.path), nativepath::encode(target));
-            status != noErr)
-            return status;
-    }
-    if (out)
-        out->path = target;
-    return noErr;
+    return moveTo(ref, nativepath::join(destinationDirectory.path, FSGetName(ref)), out);
 }
 
 OSStatus FSListDirectory(const FSRef& directory, std::vector<FSRef>& entries) {
