@@ -20,29 +20,29 @@ int formatFor(const QString& path) {
 }
 }  // namespace
 
-bool writeSoundFile(const QString& path, const ToneSpec& spec) {
+bool writeSoundFile(const QString& path, const ToneSpec& tone) {
     SF_INFO info{};
-    info.samplerate = spec.sampleRate;
-    info.channels = spec.channels;
+    info.samplerate = tone.sampleRate;
+    info.channels = tone.channels;
     info.format = formatFor(path);
     SNDFILE* file = sf_open(path.toLocal8Bit().constData(), SFM_WRITE, &info);
     if (!file) return false;
 
-    const auto frames = static_cast<sf_count_t>(std::llround(spec.seconds * spec.sampleRate));
-    std::mt19937 random(spec.seed);
+    const auto frames = static_cast<sf_count_t>(std::llround(tone.seconds * tone.sampleRate));
+    std::mt19937 random(tone.seed);
     std::uniform_real_distribution<float> noise(-1.0f, 1.0f);
-    std::vector<float> block(static_cast<std::size_t>(4096 * spec.channels));
+    std::vector<float> block(static_cast<std::size_t>(4096 * tone.channels));
     sf_count_t written = 0;
     while (written < frames) {
         const sf_count_t n = std::min<sf_count_t>(4096, frames - written);
         for (sf_count_t i = 0; i < n; ++i) {
             float value = 0.0f;
-            const double t = static_cast<double>(written + i) / spec.sampleRate;
-            if (spec.waveform == Waveform::Sine)
-                value = static_cast<float>(spec.amplitude * std::sin(2.0 * std::numbers::pi * spec.frequency * t));
-            else if (spec.waveform == Waveform::Noise)
-                value = static_cast<float>(spec.amplitude) * noise(random);
-            for (int c = 0; c < spec.channels; ++c) block[static_cast<std::size_t>(i * spec.channels + c)] = value;
+            const double t = static_cast<double>(written + i) / tone.sampleRate;
+            if (tone.waveform == Waveform::Sine)
+                value = static_cast<float>(tone.amplitude * std::sin(2.0 * std::numbers::pi * tone.frequency * t));
+            else if (tone.waveform == Waveform::Noise)
+                value = static_cast<float>(tone.amplitude) * noise(random);
+            for (int c = 0; c < tone.channels; ++c) block[static_cast<std::size_t>(i * tone.channels + c)] = value;
         }
         if (sf_writef_float(file, block.data(), n) != n) {
             sf_close(file);

@@ -20,6 +20,6 @@ struct ToneSpec {
 
 // Writes a sound file; the format follows the extension (.wav, .flac, .ogg, .aiff, .caf).
 // Returns false when libsndfile cannot write it.
-bool writeSoundFile(const QString& path, const ToneSpec& spec);
+bool writeSoundFile(const QString& path, const ToneSpec& tone);
 
 }  // namespace sylvora::test
