@@ -5,6 +5,7 @@
 
 #include "audio/engine/engine.h"
 #include "audio/outputs/output.h"
+#include "cli/playbackrate.h"
 #include "cli/playsession.h"
 #include "cli/signalpipe.h"
 #include "cli/timeparsing.h"
@@ -16,7 +17,9 @@ namespace sylvora::cli {
 
 int runPlay(const CliOptions& options) {
     QtEventLoop loop;
-    audio::Engine engine;
+    // The rate is fixed with the engine, and the world takes the engine as it is, so it is chosen
+    // from the package before the world loads.
+    audio::Engine engine(choosePlaybackRate(options.world));
     World world(engine, loop);
 
     const OSStatus status = loadWorldFromPath(world, options.world);

@@ -10,8 +10,12 @@ namespace sylvora::cli {
 
 PlaySession::PlaySession(World& playing, QString worldName, std::optional<double> seconds)
     : world(playing), name(std::move(worldName)), duration(seconds), line(stdout) {
-    statusTimer.setInterval(line.onTerminal() ? STATUS_INTERVAL_MS : LOG_STATUS_INTERVAL_MS);
-    QObject::connect(&statusTimer, &QTimer::timeout, [this] { showStatus(); });
+    statusTimer.setSingleShot(true);
+    statusTimer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&statusTimer, &QTimer::timeout, [this] {
+        showStatus();
+        scheduleStatus();
+    });
     fadeTimer.setTimerType(Qt::PreciseTimer);
     fadeTimer.setInterval(static_cast<int>(std::lround(World::MOVIES_TASK_TIMER_INTERVAL * 1000.0)));
     QObject::connect(&fadeTimer, &QTimer::timeout, [this] { fadeStep(); });
@@ -27,13 +31,21 @@ double PlaySession::elapsed() const {
 void PlaySession::begin() {
     startedAt = world.getEventLoop().currentEventTime();
     world.start();
-    statusTimer.start();
+    scheduleStatus();
     if (duration) {
         // The fade ends at the duration rather than a second after it.
         const double fadeStart = std::max(0.0, *duration - 1.0);
         durationTimer.start(static_cast<int>(std::lround(fadeStart * 1000.0)));
     }
     showStatus();
+}
+
+void PlaySession::scheduleStatus() {
+    // Aimed at each whole second of the clock rather than repeated, so the clock neither drifts
+    // nor shows a second twice.
+    const double clock = elapsed();
+    const double sinceSecond = clock - std::floor(clock);
+    statusTimer.start(static_cast<int>(std::lround((1.0 - sinceSecond) * 1000.0)) + STATUS_LAG_MS);
 }
 
 void PlaySession::finish(bool immediately) {

@@ -17,8 +17,9 @@ namespace sylvora::cli {
 class PlaySession {
 public:
     static constexpr int FADE_TICKS = 15;  // one second at the world's own tick rate
-    static constexpr int STATUS_INTERVAL_MS = 100;      // a live line on a terminal
-    static constexpr int LOG_STATUS_INTERVAL_MS = 250;  // change lines in a log
+    // The line changes once a second, just after the clock it shows turns over; waking more often
+    // costs a playing session more than anything it would show.
+    static constexpr int STATUS_LAG_MS = 20;
 
     PlaySession(World& world, QString worldName, std::optional<double> duration);
 
@@ -31,6 +32,7 @@ public:
 
 private:
     void showStatus();
+    void scheduleStatus();
     void fadeStep();
 
     World& world;

@@ -29,7 +29,7 @@ QString writeToneWorld(const TempDir& temp) {
     tone.frequency = TONE_HZ;
     tone.amplitude = 0.5;
     tone.seconds = 20.0;
-    tone.sampleRate = 44100;  // not the device's rate, so the resampler is on the road too
+    tone.sampleRate = 44100;  // the player opens the device at the world's rate; the server converts
     EXPECT_TRUE(writeSoundFile(QDir(package).filePath(QStringLiteral("Loop Sounds/tone.flac")), tone));
     temp.writeFile(QStringLiteral("Tone.sylvora/data.plist"),
                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"

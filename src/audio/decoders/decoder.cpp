@@ -52,4 +52,11 @@ OSStatus openDecoder(const std::string& path, std::unique_ptr<Decoder>& out) {
     return out ? noErr : ioErr;
 }
 
+int probeSampleRate(const std::string& path) {
+    std::unique_ptr<Decoder> decoder;
+    if (openDecoder(path, decoder) != noErr)
+        return 0;
+    return decoder->format().sampleRate;
+}
+
 }  // namespace sylvora::audio

@@ -36,4 +36,8 @@ class Decoder {
 // file-system status) when the file cannot be reached, ioErr when no backend decodes it.
 OSStatus openDecoder(const std::string& path, std::unique_ptr<Decoder>& out);
 
+// [main] The sample rate `path` decodes at, read from its header without decoding; 0 when no
+// backend opens it.
+int probeSampleRate(const std::string& path);
+
 }  // namespace sylvora::audio

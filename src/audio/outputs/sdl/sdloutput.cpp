@@ -4,6 +4,14 @@
 
 namespace sylvora::audio {
 
+int SdlOutput::bufferFrames(int sampleRate) {
+    int frames = 128;
+    while (frames * 2 <= sampleRate * MAX_BUFFER_SECONDS) {
+        frames *= 2;
+    }
+    return frames;
+}
+
 std::unique_ptr<SdlOutput> SdlOutput::open(Engine& engine, std::string& error) {
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) {
         error = SDL_GetError();
@@ -14,11 +22,12 @@ std::unique_ptr<SdlOutput> SdlOutput::open(Engine& engine, std::string& error) {
     want.freq = engine.sampleRate();
     want.format = AUDIO_F32SYS;
     want.channels = 2;
-    want.samples = BUFFER_FRAMES;
+    want.samples = static_cast<Uint16>(bufferFrames(want.freq));
     want.callback = &SdlOutput::callback;
     want.userdata = output.get();
     SDL_AudioSpec have{};
     // SDL can initialise and still have no device to open (no server, no card): that is "no device".
+    // No change allowed: `have` is `want`, and the engine's rate reaches the server as it is.
     output->device_ = SDL_OpenAudioDevice(nullptr, 0, &want, &have, 0);
     if (output->device_ == 0) {
         error = SDL_GetError();

@@ -1,14 +1,16 @@
 #pragma once
 
-// The default sound device through SDL2, opened at the engine's rate as float stereo (SDL converts
-// if the device wants something else). The device callback is the audio thread: it only calls
-// Engine::render().
+// The default sound device through SDL2, opened at the engine's rate as float stereo. No change of
+// rate is allowed at the open, so the device runs at the engine's rate: a sound server takes any
+// rate and resamples in its own process, and a device that truly cannot is converted by SDL. The
+// device callback is the audio thread: it only calls Engine::render().
 //
-// 2048 frames per callback is 43 ms at 48 kHz. SDL's PulseAudio backend asks the server for that
-// much buffering and wakes several times per callback whatever its size, so the size sets the
-// wake-up rate: about 180 a second at 2048 against 365 at 1024, half the cost of playing. The
-// server then holds about 32 ms ahead of the 5-10 ms it is playing, so a new volume, read at
-// the next callback, starts its glide about 40 ms after that callback, under 50 ms.
+// The callback size is the largest power of two that lasts at most 24 ms at the engine's rate
+// (1024 frames at 44.1 and 48 kHz). A volume change is heard within 50 ms of being set: it waits
+// for the next callback (at most one buffer, 24 ms), whose block starts the engine's glide at its
+// first frame, and that block plays once what the server already holds has played (about one
+// buffer less what was taken since, plus the few ms the server is playing), so under 50 ms in all.
+// A larger buffer would wake SDL's PulseAudio backend less often but pushes this past 50 ms.
 
 #include <SDL.h>
 
@@ -18,7 +20,10 @@ namespace sylvora::audio {
 
 class SdlOutput final : public AudioOutput {
   public:
-    static constexpr int BUFFER_FRAMES = 2048;
+    static constexpr double MAX_BUFFER_SECONDS = 0.024;
+
+    // The callback size at `sampleRate`, as above; never under 128 frames.
+    static int bufferFrames(int sampleRate);
 
     // Null with `error` filled when SDL has no audio or no device opens.
     static std::unique_ptr<SdlOutput> open(Engine& engine, std::string& error);
