@@ -60,6 +60,22 @@ AliasHandle aliasOfEntry(const FSRef& directory, plist_t entry) {
     return alias;
 }
 
+// Hands `add` an alias of every dictionary entry of `array` whose "File Name" names an existing file
+// in the package's `subdirectory`; entries that do not are skipped without a word. The result is
+// the status of finding the subdirectory itself.
+template <typename AddEntry>
+OSStatus forEachSoundEntry(const FSRef& package, const char* subdirectory, plist_t array, AddEntry add) {
+    FSRef directory;
+    const OSStatus status = FSMakeFSRefCFString(package, QLatin1String(subdirectory), kTextEncodingUnknown, directory);
+    if (status != noErr) return status;
+    for (std::uint32_t i = 0; i < plistArraySize(array); ++i) {
+        const plist_t entry = plistArrayItem(array, i);
+        if (!plistIsDict(entry)) continue;
+        if (const AliasHandle alias = aliasOfEntry(directory, entry)) add(*alias, entry);
+    }
+    return noErr;
+}
+
 }  // namespace
 
 void World::loadGroupsFromPlist(plist_t root) {
@@ -85,36 +101,19 @@ void World::loadGroupsFromPlist(plist_t root) {
 }
 
 OSStatus World::loadLoopSoundsFromPlist(const FSRef& package, plist_t array) {
-    FSRef directory;
-    const OSStatus status =
-        FSMakeFSRefCFString(package, QLatin1String(LOOP_SOUNDS_SUBDIRECTORY_NAME), kTextEncodingUnknown, directory);
-    if (status != noErr) return status;
-    for (std::uint32_t i = 0; i < plistArraySize(array); ++i) {
-        const plist_t entry = plistArrayItem(array, i);
-        if (!plistIsDict(entry)) continue;
-        const AliasHandle alias = aliasOfEntry(directory, entry);
-        if (!alias) continue;
-        const SoundID id = addLoopSound(*alias);
+    return forEachSoundEntry(package, LOOP_SOUNDS_SUBDIRECTORY_NAME, array, [this](const Alias& alias, plist_t entry) {
+        const SoundID id = addLoopSound(alias);
         LoopSound* sound = findLoopSound(id);
-        if (!sound) continue;
+        if (!sound) return;
         sound->filename = plistGetString(entry, SOUND_FILENAME_KEY).value_or(QString());
         if (const auto volumeValue = plistGetDouble(entry, LOOP_SOUND_VOLUME_KEY)) setLoopSoundVolume(id, *volumeValue);
-    }
-    return noErr;
+    });
 }
 
 OSStatus World::loadEnvironmentSoundsFromPlist(const FSRef& package, plist_t array) {
-    FSRef directory;
-    const OSStatus status = FSMakeFSRefCFString(package, QLatin1String(ENVIRONMENT_SOUNDS_SUBDIRECTORY_NAME),
-                                                kTextEncodingUnknown, directory);
-    if (status != noErr) return status;
-    for (std::uint32_t i = 0; i < plistArraySize(array); ++i) {
-        const plist_t entry = plistArrayItem(array, i);
-        if (!plistIsDict(entry)) continue;
-        const AliasHandle alias = aliasOfEntry(directory, entry);
-        if (!alias) continue;
-        const SoundID id = addEnvironmentSound(*alias);
-        if (!findEnvironmentSound(id)) continue;
+    const auto addEntry = [this](const Alias& alias, plist_t entry) {
+        const SoundID id = addEnvironmentSound(alias);
+        if (!findEnvironmentSound(id)) return;
         findEnvironmentSound(id)->filename = plistGetString(entry, SOUND_FILENAME_KEY).value_or(QString());
 
         const auto storeVolume = [this](double& field, double value) {
@@ -146,8 +145,8 @@ OSStatus World::loadEnvironmentSoundsFromPlist(const FSRef& package, plist_t arr
                                         : 0;
             setEnvironmentSoundGroupID(id, groupID);
         }
-    }
-    return noErr;
+    };
+    return forEachSoundEntry(package, ENVIRONMENT_SOUNDS_SUBDIRECTORY_NAME, array, addEntry);
 }
 
 OSStatus World::loadFromPackage(const FSRef& package) {
