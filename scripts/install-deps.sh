@@ -6,11 +6,12 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config git
   qt6-base-dev qt6-tools-dev qt6-l10n-tools qt6-image-formats-plugins qt6-qpa-plugins
-  libplist-dev libsndfile1-dev libsoxr-dev libsdl2-dev
+  libplist-dev libsndfile1-dev libsoxr-dev libsdl2-dev libpulse-dev libasound2-dev
   libavformat-dev libavcodec-dev libavutil-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   pulseaudio pulseaudio-utils sox
-  xvfb xauth
+  xvfb xauth xdotool dbus libcanberra-dev libqt6svg6
+  clang-14 libclang-rt-14-dev
 )
 
 missing=()

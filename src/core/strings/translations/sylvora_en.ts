@@ -11,6 +11,50 @@
         <source>Error Saving World</source>
         <translation>The world could not be saved.</translation>
     </message>
+    <message>
+        <source>Status -34</source>
+        <translation>The disk is full.</translation>
+    </message>
+    <message>
+        <source>Status -35</source>
+        <translation>The drive that holds it is not connected.</translation>
+    </message>
+    <message>
+        <source>Status -36</source>
+        <translation>A file could not be read or written.</translation>
+    </message>
+    <message>
+        <source>Status -43</source>
+        <translation>File not found.</translation>
+    </message>
+    <message>
+        <source>Status -44</source>
+        <translation>The disk is write-protected.</translation>
+    </message>
+    <message>
+        <source>Status -48</source>
+        <translation>Something of that name is already there.</translation>
+    </message>
+    <message>
+        <source>Status -50</source>
+        <translation>A name or value was not acceptable.</translation>
+    </message>
+    <message>
+        <source>Status -54</source>
+        <translation>You do not have permission to do this.</translation>
+    </message>
+    <message>
+        <source>Status -120</source>
+        <translation>A folder was expected but is missing.</translation>
+    </message>
+    <message>
+        <source>Status -1</source>
+        <translation>The world's data file is damaged or not a property list.</translation>
+    </message>
+    <message>
+        <source>Status 32767</source>
+        <translation>The world has too many sounds to play at once.</translation>
+    </message>
 </context>
 <context>
     <name>Misc</name>
@@ -51,6 +95,24 @@
     <message>
         <source>CreatingAWorld.html</source>
         <translation>CreatingAWorld.html</translation>
+    </message>
+    <message>
+        <source>Ask Save Changes Closing</source>
+        <extracomment>%1 is the world's display name</extracomment>
+        <translation>Do you want to save the changes you made to the world “%1” before closing it?</translation>
+    </message>
+    <message>
+        <source>Ask Save Changes Quitting</source>
+        <extracomment>%1 is the world's display name</extracomment>
+        <translation>Do you want to save the changes you made to the world “%1” before quitting?</translation>
+    </message>
+    <message>
+        <source>Ask Save Changes Detail</source>
+        <translation>Your changes will be lost if you don't save them.</translation>
+    </message>
+    <message>
+        <source>Don't Save</source>
+        <translation>Don't Save</translation>
     </message>
 </context>
 </TS>

@@ -1,0 +1,17 @@
+#pragma once
+
+// The desktop application's own keys in the "Errors" and "Misc" string tables (the core's keys are
+// in core/strings/stringresources.h). As there, each key is also the text shown without a table.
+
+namespace sylvora::app {
+
+// "Misc": the ask-save-changes dialog. The two questions take the world's display name.
+inline constexpr const char* ASK_SAVE_CHANGES_CLOSING_KEY = "Ask Save Changes Closing";
+inline constexpr const char* ASK_SAVE_CHANGES_QUITTING_KEY = "Ask Save Changes Quitting";
+inline constexpr const char* ASK_SAVE_CHANGES_DETAIL_KEY = "Ask Save Changes Detail";
+inline constexpr const char* DONT_SAVE_BUTTON_KEY = "Don't Save";
+
+// "Errors": what a status means, shown in an alert's details. The key is "Status" and the number.
+inline constexpr const char* STATUS_EXPLANATION_KEY_FORMAT = "Status %1";
+
+}  // namespace sylvora::app

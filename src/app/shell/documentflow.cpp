@@ -1,0 +1,186 @@
+#include "app/shell/documentflow.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "app/editor/worldeditorwindow.h"
+#include "app/info/getinfowindow.h"
+#include "app/shell/alerts.h"
+#include "app/shell/applicationevents.h"
+#include "app/shell/commanddispatch.h"
+#include "app/shell/shellevents.h"
+#include "app/shell/worldfiledialogs.h"
+#include "app/shell/appstrings.h"
+#include "core/platform/beep.h"
+#include "core/strings/stringresources.h"
+
+namespace sylvora::app {
+
+namespace {
+
+void disposeNextOpenDocument() { gNextOpenDocument.reset(); }
+
+void abandonWaitingAction() {
+    disposeNextOpenDocument();
+    gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
+}
+
+void openChosenPackage(const QString& path) {
+    FSRef package;
+    OSStatus status = FSPathMakeRef(path, package);
+    bool wasKnown = false;
+    if (status == noErr) {
+        wasKnown = gPrefs->isAKnownWorld(package);
+        status = gCurrentWorld->loadFromPackage(package);
+    }
+    if (status != noErr) showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE), status);
+    else doAfterLoadSteps(wasKnown);
+}
+
+void saveAsChosen(const QString& folder, const QString& name) {
+    FSRef parent;
+    OSStatus status = FSPathMakeRef(folder, parent);
+    if (status == noErr) status = gCurrentWorld->doSaveAs(parent, name);
+    if (status == noErr) {
+        gPrefs->updateKnownWorlds(gCurrentWorld->getPackageAlias(), gCurrentWorld->getName());
+        if (gWorldEditorWindow->isVisible()) gWorldEditorWindow->startEditing();
+        return;
+    }
+    abandonWaitingAction();
+    showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_SAVING_WORLD, ERRORS_STRINGS_FILE), status);
+}
+
+QString askSaveChangesText(AskSaveChangesActions action) {
+    const char* key = action == ASK_SAVE_CHANGES_QUIT ? ASK_SAVE_CHANGES_QUITTING_KEY : ASK_SAVE_CHANGES_CLOSING_KEY;
+    return copyLocalizedString(key, MISC_STRINGS_FILE).arg(gCurrentWorld->copyDefaultSaveAsFilename(false));
+}
+
+}  // namespace
+
+void doWorldOpenPrompt() {
+    if (!navOpenDialog.isNull()) {
+        SysBeep(1);
+        return;
+    }
+    auto* dialog = new WorldOpenDialog();
+    navOpenDialog = dialog;
+    QObject::connect(dialog, &QDialog::finished, [dialog](int result) {
+        if (result == QDialog::Accepted) openChosenPackage(dialog->chosenPackage());
+        else navDialogEventCallback(NavSelector::UserAction, NavUserAction::Cancel);
+        navDialogEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
+    });
+    dialog->open();
+}
+
+void doWorldSaveAsPrompt() {
+    if (!navPutDialog.isNull()) {
+        SysBeep(1);
+        return;
+    }
+    auto* dialog = new WorldSaveDialog(gCurrentWorld->copyDefaultSaveAsFilename(true));
+    navPutDialog = dialog;
+    QObject::connect(dialog, &QDialog::finished, [dialog](int result) {
+        if (result == QDialog::Accepted) saveAsChosen(dialog->chosenFolder(), dialog->chosenName());
+        else navDialogEventCallback(NavSelector::UserAction, NavUserAction::Cancel);
+        navDialogEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
+    });
+    dialog->open();
+}
+
+void navDialogEventCallback(NavSelector selector, NavUserAction action) {
+    if (selector == NavSelector::Terminate) {
+        if (!navPutDialog.isNull()) {
+            navPutDialog = nullptr;
+            doPostAskSaveChangesAction();
+        }
+        if (!navOpenDialog.isNull()) {
+            navOpenDialog = nullptr;
+            showSomethingWhenInvisible();
+        }
+        ShellEvents::instance().notifyStateChanged();
+    } else if (action == NavUserAction::Cancel) {
+        abandonWaitingAction();
+    }
+}
+
+void doAskSaveChanges(AskSaveChangesActions action, const Alias* alias) {
+    if (!navAskSaveChangesDialog.isNull()) {
+        SysBeep(1);
+        return;
+    }
+    auto* box = new QMessageBox(QMessageBox::Warning, QApplication::applicationDisplayName(),
+                                askSaveChangesText(action),
+                                QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+    box->setInformativeText(copyLocalizedString(ASK_SAVE_CHANGES_DETAIL_KEY, MISC_STRINGS_FILE));
+    box->button(QMessageBox::Discard)->setText(copyLocalizedString(DONT_SAVE_BUTTON_KEY, MISC_STRINGS_FILE));
+    box->setDefaultButton(QMessageBox::Save);
+    box->setWindowModality(Qt::ApplicationModal);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    navAskSaveChangesDialog = box;
+    gAskSaveChangesAction = action;
+    if (action == ASK_SAVE_CHANGES_OPEN_DOCUMENT && alias != nullptr) gNextOpenDocument = alias->copy();
+    QObject::connect(box, &QMessageBox::buttonClicked, [box](QAbstractButton* button) {
+        switch (box->standardButton(button)) {
+            case QMessageBox::Save: navAskSaveChangesEventCallback(NavSelector::UserAction, NavUserAction::SaveChanges); break;
+            case QMessageBox::Discard: navAskSaveChangesEventCallback(NavSelector::UserAction, NavUserAction::DontSaveChanges); break;
+            default: navAskSaveChangesEventCallback(NavSelector::UserAction, NavUserAction::Cancel); break;
+        }
+    });
+    QObject::connect(box, &QDialog::finished, [] {
+        navAskSaveChangesEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
+    });
+    box->open();
+}
+
+void navAskSaveChangesEventCallback(NavSelector selector, NavUserAction action) {
+    if (selector == NavSelector::Terminate) {
+        navAskSaveChangesDialog = nullptr;
+        ShellEvents::instance().notifyStateChanged();
+        return;
+    }
+    switch (action) {
+        case NavUserAction::SaveChanges: postCommand(command::SAVE); break;  // once the dialog is gone
+        case NavUserAction::DontSaveChanges: doPostAskSaveChangesAction(); break;
+        case NavUserAction::Cancel: abandonWaitingAction(); break;
+        default: break;
+    }
+}
+
+void doPostAskSaveChangesAction() {
+    switch (gAskSaveChangesAction) {
+        case ASK_SAVE_CHANGES_QUIT:
+            QApplication::quit();
+            break;
+        case ASK_SAVE_CHANGES_OPEN_DOCUMENT: {
+            if (!gNextOpenDocument) break;
+            FSRef package;
+            OSStatus status = FSResolveAlias(*gNextOpenDocument, package);
+            bool wasKnown = false;
+            if (status == noErr) {
+                wasKnown = gPrefs->isAKnownWorld(package);
+                status = gCurrentWorld->loadFromPackage(package);
+            }
+            disposeNextOpenDocument();
+            gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
+            if (status == noErr) doAfterLoadSteps(wasKnown);
+            else showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE), status);
+            break;
+        }
+        case ASK_SAVE_CHANGES_OPEN_PROMPT:
+            gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
+            doWorldOpenPrompt();
+            break;
+        case ASK_SAVE_CHANGES_NEW_WORLD:
+            if (gGetInfoWindow->isVisible()) gGetInfoWindow->hide();
+            gCurrentWorld->resetToInitialState();
+            gWorldEditorWindow->startEditing();
+            gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
+            break;
+        case ASK_SAVE_CHANGES_NONE:
+            break;
+    }
+    ShellEvents::instance().notifyStateChanged();
+}
+
+}  // namespace sylvora::app

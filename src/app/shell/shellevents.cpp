@@ -1,0 +1,10 @@
+#include "app/shell/shellevents.h"
+
+namespace sylvora::app {
+
+ShellEvents& ShellEvents::instance() {
+    static ShellEvents events;
+    return events;
+}
+
+}  // namespace sylvora::app

@@ -1,0 +1,168 @@
+#include "app/shell/startup.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QIcon>
+#include <QSessionManager>
+#include <QSettings>
+#include <QTimer>
+#include <memory>
+
+#include "app/desktop/desktopbeep.h"
+#include "app/desktop/quitsignals.h"
+#include "app/desktop/singleinstance.h"
+#include "app/desktop/trayicon.h"
+#include "app/editor/worldeditorwindow.h"
+#include "app/info/aboutwindow.h"
+#include "app/info/getinfowindow.h"
+#include "app/shell/applicationevents.h"
+#include "app/shell/globals.h"
+#include "app/shell/menus.h"
+#include "app/shell/shellevents.h"
+#include "app/windows/packagedrops.h"
+#include "audio/engine/engine.h"
+#include "audio/outputs/output.h"
+#include "core/strings/stringresources.h"
+#include "core/time/qteventloop.h"
+
+namespace sylvora::app {
+
+namespace {
+
+struct Runtime {
+    std::unique_ptr<audio::Engine> engine;
+    std::unique_ptr<audio::AudioOutput> output;
+    std::unique_ptr<QtEventLoop> eventLoop;
+    std::unique_ptr<TrayIcon> tray;
+};
+std::unique_ptr<Runtime> gRuntime;
+
+void watchWindows() {
+    for (PlatformWindow* window : MyCarbonWindow::windowList()) {
+        QObject::connect(window, &PlatformWindow::visibilityChanged, [] { ShellEvents::instance().notifyStateChanged(); });
+        QObject::connect(window, &PlatformWindow::closedByUser, [] { windowClosedByUser(); });
+    }
+    QObject::connect(qApp, &QApplication::focusChanged, [] { enableMenuItemsEventHandler(); });
+    QObject::connect(&ShellEvents::instance(), &ShellEvents::stateChanged, [] { enableMenuItemsEventHandler(); });
+}
+
+void askBeforeLogout(QSessionManager& manager) {
+    if (gCurrentWorld == nullptr || !gCurrentWorld->getModified()) return;
+    // Unsaved changes stop the logout, and the person is asked as when quitting.
+    manager.cancel();
+    postCommand(command::QUIT);
+}
+
+}  // namespace
+
+QString preferencesFilePath() {
+    return QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Sylvora"), QStringLiteral("Sylvora"))
+        .fileName();
+}
+
+void startUp(const StartUpOptions& options) {
+    gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
+    gNextOpenDocument.reset();
+    navOpenDialog = nullptr;
+    navPutDialog = nullptr;
+    navAskSaveChangesDialog = nullptr;
+    createMenus();
+    installDesktopBeep();
+
+    gRuntime = std::make_unique<Runtime>();
+    gRuntime->engine = std::make_unique<audio::Engine>();
+    gRuntime->eventLoop = std::make_unique<QtEventLoop>();
+    gRuntime->output = options.audioDevice ? audio::openDefaultOutput(*gRuntime->engine)
+                                           : audio::makeNullOutput(*gRuntime->engine);
+    gRuntime->output->start();
+
+    gPrefs = new Preferences();
+    gCurrentWorld = new World(*gRuntime->engine, *gRuntime->eventLoop);
+    gWorldEditorWindow = new WorldEditorWindow();
+    gGetInfoWindow = new GetInfoWindow();
+    gAboutWindow = new AboutWindow();
+    watchWindows();
+    setFolderDropHandler([](const QStringList& folders) { doOpenDocsEvent(folders); });
+    QObject::connect(qApp, &QGuiApplication::commitDataRequest, askBeforeLogout);
+    if (options.tray) {
+        gRuntime->tray = std::make_unique<TrayIcon>();
+        setTrayAvailable(gRuntime->tray->isShown());
+    } else {
+        setTrayAvailable(false);
+    }
+
+    gPrefs->loadPreferences();
+    gCurrentWorld->setVolume(gPrefs->getMasterVolume());
+    ShellEvents::instance().notifyStateChanged();
+}
+
+void openFirstWorld(const QStringList& documents) {
+    if (documents.isEmpty()) {
+        doOpenAppEvent();
+        return;
+    }
+    doOpenDocsEvent(documents);
+    showSomethingWhenInvisible();
+}
+
+void shutDown() {
+    gPrefs->setLastWorldAlias(gCurrentWorld->getPackageAlias());
+    gPrefs->setMasterVolume(gCurrentWorld->getVolume());
+    gPrefs->savePreferences();
+
+    setFolderDropHandler({});
+    gRuntime->tray.reset();
+    delete gAboutWindow;
+    gAboutWindow = nullptr;
+    delete gGetInfoWindow;
+    gGetInfoWindow = nullptr;
+    delete gWorldEditorWindow;
+    gWorldEditorWindow = nullptr;
+    delete gCurrentWorld;
+    gCurrentWorld = nullptr;
+    delete gPrefs;
+    gPrefs = nullptr;
+    gNextOpenDocument.reset();
+
+    gRuntime->output->stop();  // nothing pulls the engine once it goes
+    gRuntime.reset();
+    removeDesktopBeep();
+    destroyMenus();
+}
+
+audio::Engine& applicationEngine() { return *gRuntime->engine; }
+TrayIcon* applicationTray() { return gRuntime && gRuntime->tray && gRuntime->tray->isShown() ? gRuntime->tray.get() : nullptr; }
+
+int runApplication(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("Sylvora"));
+    QApplication::setApplicationName(QStringLiteral("Sylvora"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Sylvora"));
+    QApplication::setApplicationVersion(QStringLiteral(SYLVORA_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("sylvora"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/sylvora.svg")));
+    QApplication::setQuitOnLastWindowClosed(false);  // closing a window only hides it
+    installStringTables();
+
+    QStringList documents;
+    for (const QString& argument : QApplication::arguments().mid(1)) {
+        documents << QFileInfo(argument).absoluteFilePath();
+    }
+    SingleInstance instance(SingleInstance::serverNameFor(preferencesFilePath()));
+    if (instance.handToRunningInstance(documents)) return 0;
+
+    startUp(StartUpOptions{});
+    instance.listen();
+    QObject::connect(&instance, &SingleInstance::documentsReceived, [](const QStringList& handed) {
+        if (handed.isEmpty()) dispatchCommand(command::SHOW);  // a second launch reopens, as a click would
+        else doOpenDocsEvent(handed);
+    });
+    QuitSignals quitSignals;
+    QTimer::singleShot(0, [documents] { openFirstWorld(documents); });
+    QApplication::exec();
+    shutDown();
+    return 0;
+}
+
+}  // namespace sylvora::app

@@ -1,0 +1,41 @@
+#pragma once
+
+// Start-up and shut-down of the desktop application, apart from main() so that tests can run the
+// same steps inside their own QApplication.
+//
+// Lifecycle: a QApplication exists -> startUp() (menus, handlers, the five objects, preferences
+// loaded, the master volume given to the world) -> the event loop runs; the first world is opened
+// from inside it (openFirstWorld) -> shutDown() (the last world and the volume stored, preferences
+// written, the objects destroyed in reverse order). Main thread only.
+
+#include <QStringList>
+
+namespace sylvora::audio {
+class Engine;
+}
+
+namespace sylvora::app {
+
+class TrayIcon;
+
+struct StartUpOptions {
+    bool audioDevice = true;  // false: the null output, which pulls at real-time pace unheard
+    bool tray = true;         // false: no tray icon even where the desktop has a tray
+};
+
+void startUp(const StartUpOptions& options);
+// The open event of a launch: the documents given, or without any, the last played world.
+void openFirstWorld(const QStringList& documents);
+void shutDown();
+
+// What the application runs on, between startUp and shutDown.
+audio::Engine& applicationEngine();
+TrayIcon* applicationTray();  // null without a tray
+
+// The settings file the preferences use.
+QString preferencesFilePath();
+
+// main(): the whole run.
+int runApplication(int argc, char** argv);
+
+}  // namespace sylvora::app
