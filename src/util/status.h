@@ -12,6 +12,7 @@ using OSStatus = std::int32_t;
 inline constexpr OSStatus noErr = 0;
 inline constexpr OSStatus unreadablePropertyListErr = -1;  // a data file that does not parse
 inline constexpr OSStatus dskFulErr = -34;
+inline constexpr OSStatus nsvErr = -35;  // no such volume: the file system is not mounted
 inline constexpr OSStatus ioErr = -36;
 inline constexpr OSStatus eofErr = -39;
 inline constexpr OSStatus fnfErr = -43;

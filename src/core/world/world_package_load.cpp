@@ -193,6 +193,7 @@ OSStatus World::loadDescription(const FSRef& package) {
         if (FSMakeFSRefCFString(package, *pictureName, kTextEncodingUnknown, pictureFile) == noErr &&
             FSNewAlias(pictureFile, alias) == noErr)
             setPictureFileAlias(alias.get());
+        if (pictureFileAlias) pictureFileAlias->follow();
     }
 
     // A missing sound folder is the result unless a later list was read after it.
@@ -205,6 +206,8 @@ OSStatus World::loadDescription(const FSRef& package) {
     AliasHandle alias;
     if (FSNewAlias(package, alias) == noErr) {
         packageAlias = std::move(alias);
+        // The open world follows its package: renamed or moved in a file manager, it is still saved to.
+        packageAlias->follow();
         if (gPrefs) gPrefs->updateKnownWorlds(packageAlias.get(), name);
     }
     return pending;

@@ -1,7 +1,8 @@
 // The pool of loaded sound instances: loading on demand, reuse of free instances, disposal, and
 // the schedule's self-check.
 
-#include <algorithm>
+#include <iconv.h>
+
 #include <array>
 #include <cstdio>
 
@@ -15,24 +16,32 @@ namespace sylvora {
 
 namespace {
 
-// The diagnostics print names as 8-bit text in a fixed buffer of 255 bytes, as the alert tools
+// The diagnostics print names as Mac Roman text in a fixed buffer of 255 bytes, as the alert tools
 // developers read them with expect. A name that needs more than 254 bytes, or holds a character
-// outside Latin-1, does not convert; it is printed as the empty string rather than cut or
-// mangled, the same as a sound that has no cached name yet.
+// Mac Roman lacks, does not convert; it is printed as the empty string rather than cut or mangled,
+// the same as a sound that has no cached name yet. Names are composed first, so that an accent kept
+// as a separate combining mark (as some file systems store names) still finds its Mac Roman letter.
 using NameBuffer = std::array<char, 255>;
 
 void copyNameForDiagnostics(const QString& name, NameBuffer& buffer) {
     buffer.fill('\0');
-    if (name.size() >= static_cast<qsizetype>(buffer.size())) {
+    if (name.isEmpty()) {
         return;
     }
-    for (const QChar ch : name) {
-        if (ch.unicode() > 0xFF) {
-            return;
-        }
+    QByteArray utf8 = name.normalized(QString::NormalizationForm_C).toUtf8();
+    const iconv_t converter = ::iconv_open("MACINTOSH", "UTF-8");
+    if (converter == reinterpret_cast<iconv_t>(-1)) {
+        return;
     }
-    const QByteArray latin1 = name.toLatin1();
-    std::copy(latin1.cbegin(), latin1.cend(), buffer.begin());
+    char* in = utf8.data();
+    std::size_t inLeft = static_cast<std::size_t>(utf8.size());
+    char* out = buffer.data();
+    std::size_t outLeft = buffer.size() - 1;
+    const std::size_t converted = ::iconv(converter, &in, &inLeft, &out, &outLeft);
+    ::iconv_close(converter);
+    if (converted == static_cast<std::size_t>(-1) || inLeft != 0) {
+        buffer.fill('\0');
+    }
 }
 
 }  // namespace
@@ -42,12 +51,12 @@ OSStatus World::loadSoundFileIntoMovieList(bool isLoopSound, SoundID soundID) {
     if (numMovies > MAX_MOVIES - 1) {
         return movieListFullErr;
     }
-    const Alias* alias = nullptr;
+    Alias* alias = nullptr;
     if (isLoopSound) {
-        if (const LoopSound* sound = findLoopSound(soundID)) {
+        if (LoopSound* sound = findLoopSound(soundID)) {
             alias = sound->alias.get();
         }
-    } else if (const EnvironmentSound* sound = findEnvironmentSound(soundID)) {
+    } else if (EnvironmentSound* sound = findEnvironmentSound(soundID)) {
         alias = sound->alias.get();
     }
     if (alias == nullptr) {
@@ -67,6 +76,9 @@ OSStatus World::loadSoundFileIntoMovieList(bool isLoopSound, SoundID soundID) {
     if (!movie) {
         return paramErr;  // an engine that reports success must hand out an instance
     }
+    // A sound that plays keeps following its file, so a rename or a move while the world is open
+    // does not lose it.
+    alias->follow();
 
     MovieEntry& entry = movies[static_cast<std::size_t>(numMovies)];
     entry.isLoopSound = isLoopSound;

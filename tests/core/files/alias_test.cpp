@@ -1,13 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <QFile>
 #include <QtEndian>
+#include <cerrno>
+#include <cstring>
 
 #include "core/files/alias.h"
 #include "core/files/morefilesx.h"
 #include "core/files/utils.h"
+#include "core/prefs/knownworldsmenu.h"
+#include "core/prefs/preferences.h"
 #include "support/tempdir.h"
 
 namespace sylvora {
@@ -22,58 +27,79 @@ AliasHandle aliasOf(const QString& path) {
     return alias;
 }
 
-// Makes folders in `dir` until the file system hands out `inode` again, as ext4 does with a number
-// freed a moment ago. Empty when it never does within a few hundred folders.
-QString makeFolderWithInode(const TempDir& dir, quint64 inode) {
-    for (int attempt = 0; attempt < 300; ++attempt) {
-        const QString path = dir.makeDir(QStringLiteral("Newcomer %1.sylvora").arg(attempt));
-        struct stat info {};
-        if (::stat(QFile::encodeName(path).constData(), &info) == 0 && info.st_ino == inode)
-            return path;
+// An alias as the preferences keep it: read back from its bytes, holding nothing open.
+AliasHandle storedAliasOf(const QString& path) {
+    return Alias::fromBytes(aliasOf(path)->toBytes());
+}
+
+void moveTo(const QString& from, const QString& to) {
+    ASSERT_EQ(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()), 0) << std::strerror(errno);
+}
+
+QString resolved(const Alias& alias) {
+    FSRef out;
+    const OSStatus status = FSResolveAlias(alias, out);
+    return status == noErr ? out.path : QStringLiteral("<status %1>").arg(status);
+}
+
+// A package inside "home/Music/Worlds" moved or renamed the way people do it in a file manager.
+TEST(AliasResolution, FollowsMovesAndRenames) {
+    struct Case {
+        const char* what;
+        const char* from;  // relative to home, renamed or moved to `to`
+        const char* to;
+        const char* found;  // where the package is then
+    };
+    const Case cases[] = {
+        {"renamed in its folder", "Music/Worlds/Forest.sylvora", "Music/Worlds/Woods.sylvora", "Music/Worlds/Woods.sylvora"},
+        {"moved to another folder", "Music/Worlds/Forest.sylvora", "Documents/Forest.sylvora", "Documents/Forest.sylvora"},
+        {"moved to its parent", "Music/Worlds/Forest.sylvora", "Music/Forest.sylvora", "Music/Forest.sylvora"},
+        {"moved to a sibling folder", "Music/Worlds/Forest.sylvora", "Music/Archive/Forest.sylvora",
+         "Music/Archive/Forest.sylvora"},
+        {"an ancestor renamed", "Music", "Sounds", "Sounds/Worlds/Forest.sylvora"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        TempDir dir;
+        const QString home = dir.makeDir("home");
+        for (const char* folder : {"Music/Worlds", "Music/Archive", "Documents", "Pictures/2024"})
+            dir.makeDir(QStringLiteral("home/") + folder);
+        const QString package = dir.makeDir("home/Music/Worlds/Forest.sylvora");
+        dir.writeFile("home/Music/Worlds/Forest.sylvora/data.plist", "<plist/>");
+        const AliasHandle live = aliasOf(package);
+        const AliasHandle stored = storedAliasOf(package);
+        ASSERT_TRUE(stored);
+
+        moveTo(home + '/' + c.from, home + '/' + c.to);
+        const QString expected = home + '/' + c.found;
+        EXPECT_EQ(resolved(*live), expected);
+        EXPECT_EQ(resolved(*stored), expected);
+        // Where it was found is remembered, and written with the alias.
+        EXPECT_EQ(stored->recordedPath(), expected);
+        EXPECT_EQ(Alias::fromBytes(stored->toBytes())->recordedPath(), expected);
     }
-    return {};
 }
 
-// A package folder with an alias to it, then deleted, and a newer folder of the same parent holding the
-// deleted one's inode. Skips the test where the file system cannot stage that.
-struct RecycledInode {
-    AliasHandle alias;
-    QString newcomer;
-};
-
-RecycledInode deletePackageAndRecycleItsInode(const TempDir& dir, const QString& name) {
-    RecycledInode staged;
-    const QString package = dir.makeDir(name);
-    dir.writeFile(name + QStringLiteral("/data.plist"), "<plist/>");
-    staged.alias = aliasOf(package);
-    if (!staged.alias || !staged.alias->birthTime())
-        return staged;
-    if (FSDeleteContainer(refOf(package)) != noErr)
-        return staged;
-    staged.newcomer = makeFolderWithInode(dir, staged.alias->inode());
-    return staged;
-}
-
-// Why the staging did not give a newcomer that only the birth time tells apart; empty when it did.
-const char* whyNotStaged(const RecycledInode& staged) {
-    if (!staged.alias || !staged.alias->birthTime())
-        return "this file system reports no birth time; aliases fall back to device and inode";
-    if (staged.newcomer.isEmpty())
-        return "the file system did not reuse the deleted folder's inode within 300 new folders";
-    if (aliasOf(staged.newcomer)->birthTime() == staged.alias->birthTime())
-        return "birth times are too coarse to tell the newcomer from the deleted folder";
-    return "";
-}
-
-TEST(AliasResolution, FollowsARenameInsideTheFolder) {
+// An open world's aliases follow their objects through any rename or move on the file system
+// at once, and a copy taken afterwards records where the object is now.
+TEST(AliasResolution, FollowedObjectIsFoundWhereverItGoes) {
     TempDir dir;
-    const AliasHandle alias = aliasOf(dir.writeFile("rain.wav", "rain"));
-    FSRef renamed;
-    ASSERT_EQ(FSRenameUnicode(refOf(dir.filePath("rain.wav")), "storm.wav", &renamed), noErr);
+    const QString sound = dir.writeFile("a/b/c/rain.wav", "rain");
+    const AliasHandle alias = aliasOf(sound);
+    alias->follow();
+    ASSERT_TRUE(alias->isFollowing());
+    const QString elsewhere = dir.makeDir("x/y") + "/storm.wav";
+    moveTo(sound, elsewhere);
+    moveTo(dir.filePath("x"), dir.filePath("z"));
 
-    FSRef resolved;
-    ASSERT_EQ(FSResolveAlias(*alias, resolved), noErr);
-    EXPECT_EQ(resolved.path, dir.filePath("storm.wav"));
+    EXPECT_EQ(resolved(*alias), dir.filePath("z/y/storm.wav"));
+    const AliasHandle copy = alias->copy();
+    EXPECT_FALSE(copy->isFollowing());
+    EXPECT_EQ(copy->recordedPath(), dir.filePath("z/y/storm.wav"));
+
+    ASSERT_EQ(FSDeleteObject(refOf(dir.filePath("z/y/storm.wav"))), noErr);
+    FSRef out;
+    EXPECT_EQ(FSResolveAlias(*alias, out), fnfErr);
 }
 
 TEST(AliasResolution, DeletedFileDoesNotResolve) {
@@ -82,88 +108,53 @@ TEST(AliasResolution, DeletedFileDoesNotResolve) {
     const AliasHandle alias = aliasOf(path);
     ASSERT_EQ(FSDeleteObject(refOf(path)), noErr);
 
-    FSRef resolved;
-    EXPECT_EQ(FSResolveAlias(*alias, resolved), fnfErr);
+    FSRef out;
+    EXPECT_EQ(FSResolveAlias(*alias, out), fnfErr);
 }
 
-TEST(AliasResolution, MoveToAnotherFolderIsNotTracked) {
-    TempDir dir;
-    const QString path = dir.writeFile("rain.wav", "rain");
-    const QString other = dir.makeDir("elsewhere");
-    const AliasHandle alias = aliasOf(path);
-    FSRef moved;
-    ASSERT_EQ(FSMoveObject(refOf(path), refOf(other), &moved), noErr);
-    EXPECT_EQ(moved.path, other + "/rain.wav");
-
-    FSRef resolved;
-    EXPECT_NE(FSResolveAlias(*alias, resolved), noErr);
-}
-
-TEST(AliasResolution, FileReplacedAtItsPathResolvesToThePath) {
+// An editor saves by writing a new file and renaming it over the old one: the alias keeps to the
+// path, and from then on to the new file. When the old file was only renamed and a newcomer took its
+// name, the old file is still the one meant.
+TEST(AliasResolution, FileReplacedAtItsPathIsTakenUnlessTheOriginalStillExists) {
     TempDir dir;
     const QString path = dir.writeFile("world.sylvora", "old");
     const AliasHandle alias = aliasOf(path);
     ASSERT_EQ(FSDeleteObject(refOf(path)), noErr);
-    dir.writeFile("world.sylvora.tmp", "new");
-    ASSERT_EQ(FSRenameUnicode(refOf(dir.filePath("world.sylvora.tmp")), "world.sylvora", nullptr), noErr);
+    moveTo(dir.writeFile("world.sylvora.tmp", "new"), path);
+    EXPECT_EQ(resolved(*alias), path);
+    EXPECT_EQ(alias->inode(), aliasOf(path)->inode()) << "the alias keeps to the new file";
 
-    FSRef resolved;
-    ASSERT_EQ(FSResolveAlias(*alias, resolved), noErr);
-    EXPECT_EQ(resolved.path, path);
-}
-
-TEST(AliasResolution, RenamedFileWinsOverANewcomerTakingItsName) {
-    TempDir dir;
-    const QString path = dir.writeFile("rain.wav", "original");
-    const AliasHandle alias = aliasOf(path);
-    ASSERT_EQ(FSRenameUnicode(refOf(path), "rain-old.wav", nullptr), noErr);
+    const QString rain = dir.writeFile("rain.wav", "original");
+    const AliasHandle rainAlias = aliasOf(rain);
+    moveTo(rain, dir.filePath("rain-old.wav"));
     dir.writeFile("rain.wav", "newcomer");
-
-    FSRef resolved;
-    ASSERT_EQ(FSResolveAlias(*alias, resolved), noErr);
-    EXPECT_EQ(resolved.path, dir.filePath("rain-old.wav"));
+    EXPECT_EQ(resolved(*rainAlias), dir.filePath("rain-old.wav"));
 }
 
-TEST(AliasResolution, FolderRenamedInPlaceStillResolves) {
+// ext4 hands a deleted folder's inode to the next folder made beside it: the birth time keeps an
+// alias of the deleted folder from taking the newcomer for it.
+TEST(AliasResolution, DeletedFolderIsNotMistakenForANewcomerGivenItsInode) {
     TempDir dir;
     const QString package = dir.makeDir(QStringLiteral("Forest.sylvora"));
     const AliasHandle alias = aliasOf(package);
-    ASSERT_EQ(FSRenameUnicode(refOf(package), QStringLiteral("Old Forest.sylvora"), nullptr), noErr);
+    if (!alias->birthTime())
+        GTEST_SKIP() << "this file system reports no birth time; aliases fall back to device and inode";
+    ASSERT_EQ(FSDeleteContainer(refOf(package)), noErr);
+    QString newcomer;
+    for (int attempt = 0; attempt < 300 && newcomer.isEmpty(); ++attempt) {
+        const QString path = dir.makeDir(QStringLiteral("Newcomer %1.sylvora").arg(attempt));
+        if (aliasOf(path)->inode() == alias->inode())
+            newcomer = path;
+    }
+    if (newcomer.isEmpty())
+        GTEST_SKIP() << "the file system did not reuse the deleted folder's inode within 300 new folders";
+    if (aliasOf(newcomer)->birthTime() == alias->birthTime())
+        GTEST_SKIP() << "birth times are too coarse to tell the newcomer from the deleted folder";
+
+    FSRef out;
+    EXPECT_EQ(FSResolveAlias(*alias, out), fnfErr) << out.path.toStdString();
     dir.makeDir(QStringLiteral("Forest.sylvora"));
-
-    FSRef resolved;
-    ASSERT_EQ(FSResolveAlias(*alias, resolved), noErr);
-    EXPECT_EQ(resolved.path, dir.filePath(QStringLiteral("Old Forest.sylvora")));
-}
-
-TEST(AliasResolution, DeletedFolderDoesNotResolveToANewcomerGivenItsInode) {
-    TempDir dir;
-    const RecycledInode staged = deletePackageAndRecycleItsInode(dir, QStringLiteral("Forest.sylvora"));
-    if (const char* why = whyNotStaged(staged); *why)
-        GTEST_SKIP() << why;
-
-    FSRef resolved;
-    EXPECT_EQ(FSResolveAlias(*staged.alias, resolved), fnfErr) << resolved.path.toStdString();
-    const AliasHandle stored = Alias::fromBytes(staged.alias->toBytes());
-    ASSERT_TRUE(stored);
-    EXPECT_EQ(FSResolveAlias(*stored, resolved), fnfErr);
-
-    // Where no birth time is kept, device and inode are all an alias has, and the newcomer is taken.
-    const Alias identityOnly(staged.alias->recordedPath(), staged.alias->device(), staged.alias->inode());
-    ASSERT_EQ(FSResolveAlias(identityOnly, resolved), noErr);
-    EXPECT_EQ(resolved.path, staged.newcomer);
-}
-
-TEST(AliasResolution, PackageReplacedAtItsPathWinsOverANewcomerGivenItsInode) {
-    TempDir dir;
-    const RecycledInode staged = deletePackageAndRecycleItsInode(dir, QStringLiteral("Forest.sylvora"));
-    if (const char* why = whyNotStaged(staged); *why)
-        GTEST_SKIP() << why;
-    dir.makeDir(QStringLiteral("Forest.sylvora"));
-
-    FSRef resolved;
-    ASSERT_EQ(FSResolveAlias(*staged.alias, resolved), noErr);
-    EXPECT_EQ(resolved.path, dir.filePath(QStringLiteral("Forest.sylvora")));
+    EXPECT_EQ(resolved(*alias), dir.filePath(QStringLiteral("Forest.sylvora"))) << "a package saved in its place";
 }
 
 TEST(AliasIdentity, TwoAliasesOfOneFileMatchTwoFilesOfOneNameDoNot) {
@@ -176,8 +167,6 @@ TEST(AliasIdentity, TwoAliasesOfOneFileMatchTwoFilesOfOneNameDoNot) {
     const AliasHandle viaPath = aliasOf(path);
     const AliasHandle viaLink = aliasOf(hardLink);
     const AliasHandle ofTwin = aliasOf(twin);
-    EXPECT_NE(viaPath->recordedPath(), viaLink->recordedPath());
-
     const Alias* list[] = {ofTwin.get(), nullptr, viaLink.get()};
     EXPECT_EQ(findAliasInList(*viaPath, list), 2);
     EXPECT_TRUE(isFileAliasInList(*viaPath, list));
@@ -185,7 +174,6 @@ TEST(AliasIdentity, TwoAliasesOfOneFileMatchTwoFilesOfOneNameDoNot) {
     const Alias* twinOnly[] = {ofTwin.get()};
     EXPECT_EQ(findAliasInList(*viaPath, twinOnly), -1);
     EXPECT_FALSE(isFileAliasInList(*viaPath, twinOnly));
-    EXPECT_EQ(findAliasInList(*viaPath, {}), -1);
 }
 
 TEST(AliasIdentity, UnresolvableAliasIsNotFoundEvenInAListHoldingItself) {
@@ -199,113 +187,110 @@ TEST(AliasIdentity, UnresolvableAliasIsNotFoundEvenInAListHoldingItself) {
     EXPECT_EQ(findAliasInList(*alias, list), -1);
 }
 
-TEST(AliasIdentity, CopyOutlivesItsOriginal) {
-    TempDir dir;
-    const QString path = dir.writeFile("rain.wav", "rain");
-    AliasHandle alias = aliasOf(path);
-    const AliasHandle copy = alias->copy();
-    ASSERT_NE(copy.get(), alias.get());
-    EXPECT_EQ(copy->toBytes(), alias->toBytes());
-    alias.reset();
-
-    FSRef resolved;
-    ASSERT_EQ(FSResolveAlias(*copy, resolved), noErr);
-    EXPECT_EQ(resolved.path, path);
-}
-
-TEST(AliasBytes, RoundTripIsExact) {
+TEST(AliasBytes, RoundTripIsExactAndResolves) {
     TempDir dir;
     const AliasHandle alias = aliasOf(dir.writeFile(QString::fromUtf8("Grüße ☃ Wald.wav"), "x"));
+    ASSERT_TRUE(alias->volume());
     const QByteArray bytes = alias->toBytes();
     const AliasHandle back = Alias::fromBytes(bytes);
     ASSERT_TRUE(back);
     EXPECT_EQ(back->recordedPath(), alias->recordedPath());
-    EXPECT_EQ(back->device(), alias->device());
-    EXPECT_EQ(back->inode(), alias->inode());
     EXPECT_EQ(back->birthTime(), alias->birthTime());
+    EXPECT_EQ(back->volume(), alias->volume());
     EXPECT_EQ(back->toBytes(), bytes);
-
-    FSRef resolved;
-    ASSERT_EQ(FSResolveAlias(*back, resolved), noErr);
-    EXPECT_EQ(resolved.path, alias->recordedPath());
+    EXPECT_EQ(resolved(*back), alias->recordedPath());
 }
 
-TEST(AliasBytes, BirthTimeRecordedOrNotRoundTrips) {
-    const Alias before1970(QStringLiteral("/music/rain.wav"), 42, 4242, BirthTime{-5, 999999999});
-    const Alias withoutBirth(QStringLiteral("/music/rain.wav"), 42, 4242);
-    const Alias atTheEpoch(QStringLiteral("/music/rain.wav"), 42, 4242, BirthTime{});
-    for (const Alias* alias : {&before1970, &withoutBirth, &atTheEpoch}) {
-        const QByteArray bytes = alias->toBytes();
-        const AliasHandle back = Alias::fromBytes(bytes);
-        ASSERT_TRUE(back);
-        EXPECT_EQ(back->birthTime(), alias->birthTime());
-        EXPECT_EQ(back->toBytes(), bytes);
-    }
-    EXPECT_NE(withoutBirth.toBytes(), atTheEpoch.toBytes());
-}
-
-TEST(AliasBytes, FirstVersionBytesAreRefused) {
+// Bytes written before volumes were recorded: magic, version 2, flags, length, device, inode, birth
+// time, path length, path. They still resolve, moves included.
+TEST(AliasBytes, PreviousVersionStillResolves) {
     TempDir dir;
-    const QString path = dir.writeFile("rain.wav", "rain");
-    struct stat info {};
-    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &info), 0);
+    const QString path = dir.writeFile("Worlds/rain.wav", "rain");
+    const AliasHandle current = aliasOf(path);
     const QByteArray utf8 = path.toUtf8();
-    // The earlier layout: magic, version 1, reserved, length, device, inode, path length, path.
-    QByteArray old(32, '\0');
+    QByteArray old(44, '\0');
     qToBigEndian<quint32>(0x53594C41, old.data());
-    qToBigEndian<quint16>(1, old.data() + 4);
-    qToBigEndian<quint32>(static_cast<quint32>(32 + utf8.size()), old.data() + 8);
-    qToBigEndian<quint64>(info.st_dev, old.data() + 12);
-    qToBigEndian<quint64>(info.st_ino, old.data() + 20);
-    qToBigEndian<quint32>(static_cast<quint32>(utf8.size()), old.data() + 28);
+    qToBigEndian<quint16>(2, old.data() + 4);
+    qToBigEndian<quint16>(current->birthTime() ? 1 : 0, old.data() + 6);
+    qToBigEndian<quint32>(static_cast<quint32>(44 + utf8.size()), old.data() + 8);
+    qToBigEndian<quint64>(current->device(), old.data() + 12);
+    qToBigEndian<quint64>(current->inode(), old.data() + 20);
+    if (const auto birth = current->birthTime()) {
+        qToBigEndian<qint64>(birth->seconds, old.data() + 28);
+        qToBigEndian<quint32>(birth->nanoseconds, old.data() + 36);
+    }
+    qToBigEndian<quint32>(static_cast<quint32>(utf8.size()), old.data() + 40);
     old.append(utf8);
 
-    EXPECT_FALSE(Alias::fromBytes(old));
+    const AliasHandle alias = Alias::fromBytes(old);
+    ASSERT_TRUE(alias);
+    EXPECT_EQ(resolved(*alias), path);
+    moveTo(dir.filePath("Worlds"), dir.filePath("Sounds"));
+    EXPECT_EQ(resolved(*alias), dir.filePath("Sounds/rain.wav"));
+    EXPECT_NE(alias->toBytes().mid(4, 2), old.mid(4, 2)) << "new bytes carry the new version";
 }
 
 TEST(AliasBytes, DamagedBytesAreRefused) {
-    const Alias alias(QStringLiteral("/music/rain.wav"), 42, 4242, BirthTime{1700000000, 5});
+    const Alias alias(QStringLiteral("/music/rain.wav"), 42, 4242, BirthTime{1700000000, 5},
+                      VolumeRecord{"uuid:0b3c", "/media/drive", "/music/rain.wav"});
     const QByteArray good = alias.toBytes();
     ASSERT_TRUE(Alias::fromBytes(good));
-
-    EXPECT_FALSE(Alias::fromBytes(QByteArray()));
-    EXPECT_FALSE(Alias::fromBytes(good.left(good.size() - 1))) << "truncated";
-    EXPECT_FALSE(Alias::fromBytes(good.left(10))) << "header cut short";
+    for (qsizetype length = 0; length < good.size(); ++length)
+        EXPECT_FALSE(Alias::fromBytes(good.left(length))) << "cut to " << length << " bytes";
     EXPECT_FALSE(Alias::fromBytes(good + 'x')) << "trailing byte";
-
     QByteArray badMagic = good;
     badMagic[0] = 'X';
     EXPECT_FALSE(Alias::fromBytes(badMagic));
-
-    QByteArray newerVersion = good;
-    qToBigEndian<quint16>(3, newerVersion.data() + 4);
-    EXPECT_FALSE(Alias::fromBytes(newerVersion));
-
-    QByteArray unknownFlag = good;
-    qToBigEndian<quint16>(0x0003, unknownFlag.data() + 6);
-    EXPECT_FALSE(Alias::fromBytes(unknownFlag));
-
-    QByteArray birthFieldsWithoutFlag = good;
-    qToBigEndian<quint16>(0, birthFieldsWithoutFlag.data() + 6);
-    EXPECT_FALSE(Alias::fromBytes(birthFieldsWithoutFlag));
-
-    QByteArray tooManyNanoseconds = good;
-    qToBigEndian<quint32>(1000000000, tooManyNanoseconds.data() + 36);
-    EXPECT_FALSE(Alias::fromBytes(tooManyNanoseconds));
-
-    QByteArray wrongLength = good;
-    qToBigEndian<quint32>(static_cast<quint32>(good.size() + 1), wrongLength.data() + 8);
-    EXPECT_FALSE(Alias::fromBytes(wrongLength));
-
-    QByteArray wrongPathLength = good;
-    qToBigEndian<quint32>(3, wrongPathLength.data() + 40);
-    EXPECT_FALSE(Alias::fromBytes(wrongPathLength));
-
     QByteArray invalidUtf8 = good;
-    invalidUtf8[invalidUtf8.size() - 1] = '\xff';
+    invalidUtf8[48] = '\xff';
     EXPECT_FALSE(Alias::fromBytes(invalidUtf8));
-
     EXPECT_FALSE(Alias::fromBytes(Alias(QStringLiteral("relative/rain.wav"), 1, 2).toBytes()));
+}
+
+// Collects what a known-worlds menu would show.
+class CountingMenu : public KnownWorldsMenu {
+public:
+    void clear() override { items = 0; }
+    void appendItem(const QString&, quint32, bool) override { ++items; }
+    int items = 0;
+};
+
+// A world on a drive that is not plugged in: "no such volume", not "file not found", so that the
+// known worlds keep it while a deleted world is dropped. An empty folder where the drive was mounted
+// cannot stand for that (its files are simply missing there), so this mounts a real file system: a
+// tmpfs, which needs root (the CI suite runs as root).
+TEST(AliasVolumes, WorldOnAnUnmountedFileSystemIsNoSuchVolumeAndStaysKnown) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "mounting a tmpfs needs root, and this suite runs as uid " << ::geteuid();
+    TempDir dir;
+    const QString drive = dir.makeDir("drive");
+    const QByteArray mountPoint = QFile::encodeName(drive);
+    if (::mount("sylvora-test-drive", mountPoint.constData(), "tmpfs", MS_NOSUID | MS_NODEV, "size=1m") != 0)
+        GTEST_SKIP() << "running as root but mount(2) refused a tmpfs (" << std::strerror(errno)
+                     << "): a container without CAP_SYS_ADMIN";
+    struct Unmount {
+        QByteArray path;
+        ~Unmount() { ::umount2(path.constData(), MNT_DETACH); }
+    } unmountAtEnd{mountPoint};
+
+    const QString package = dir.makeDir("drive/Worlds/Rain.sylvora");
+    const QString deleted = dir.makeDir("Deleted.sylvora");
+    Preferences prefs(dir.filePath("prefs.ini"));
+    prefs.updateKnownWorlds(storedAliasOf(package).get(), QStringLiteral("Rain"));
+    prefs.updateKnownWorlds(storedAliasOf(deleted).get(), QStringLiteral("Deleted"));
+    ASSERT_EQ(prefs.getNumKnownWorlds(), 2);
+    const AliasHandle alias = storedAliasOf(package);
+    EXPECT_EQ(resolved(*alias), package);
+
+    ASSERT_EQ(::umount(mountPoint.constData()), 0) << std::strerror(errno);
+    ASSERT_EQ(FSDeleteContainer(refOf(deleted)), noErr);
+    FSRef out;
+    EXPECT_EQ(FSResolveAlias(*alias, out), nsvErr);
+    CountingMenu menu;
+    prefs.fillMenuWithKnownWorlds(menu, nullptr);
+    EXPECT_EQ(prefs.getNumKnownWorlds(), 1);
+    EXPECT_EQ(menu.items, 1);
+    EXPECT_EQ(FSResolveAlias(*prefs.getIndKnownWorldAlias(0), out), nsvErr);
 }
 
 }  // namespace

@@ -31,11 +31,6 @@ QByteArray contentOf(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
 }
 
-mode_t permissionsOf(const QString& path) {
-    struct stat info {};
-    return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_mode & 07777 : 0;
-}
-
 // Empty, and one byte more than the copy's buffer so that it takes a second pass.
 TEST(CopyFile, EveryByteIsCopiedWhateverTheLength) {
     TempDir dir;
@@ -55,19 +50,6 @@ TEST(CopyFile, ExistingDestinationIsLeftAlone) {
     dir.writeFile("dst/rain.wav", "precious");
     EXPECT_EQ(myCopyFileDataForkAndType(refOf(source), refOf(target)), dupFNErr);
     EXPECT_EQ(contentOf(target + "/rain.wav"), "precious");
-}
-
-TEST(CopyFile, PermissionBitsAreKept) {
-    TempDir dir;
-    const QString target = dir.makeDir("dst");
-    for (const mode_t mode : {mode_t{0640}, mode_t{0755}, mode_t{0444}}) {
-        const QString name = QStringLiteral("file%1").arg(mode, 0, 8);
-        const QString source = dir.writeFile("src/" + name, "x");
-        ASSERT_EQ(::chmod(QFile::encodeName(source).constData(), mode), 0);
-        ASSERT_EQ(myCopyFileDataForkAndType(refOf(source), refOf(target)), noErr);
-        EXPECT_EQ(permissionsOf(target + "/" + name), mode) << name.toStdString();
-        EXPECT_EQ(contentOf(target + "/" + name), "x");
-    }
 }
 
 TEST(CopyFile, FailuresGiveAStatusAndNoStrayFile) {

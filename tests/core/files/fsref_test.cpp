@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 #include <QFile>
-#include <algorithm>
 
 #include "core/files/fsref.h"
 #include "support/tempdir.h"
@@ -16,23 +15,6 @@ using test::TempDir;
 QByteArray contentOf(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
-
-TEST(FileReferences, MakeRefNeedsAnExistingObject) {
-    TempDir dir;
-    FSRef ref;
-    EXPECT_EQ(FSPathMakeRef(dir.filePath("missing"), ref), fnfErr);
-    EXPECT_EQ(FSPathMakeRef(QString(), ref), paramErr);
-    ASSERT_EQ(FSPathMakeRef(dir.path() + "/./", ref), noErr);
-    EXPECT_EQ(ref.path, dir.path()) << "absolute, cleaned, no trailing slash";
-    EXPECT_EQ(FSGetName(refOf(dir.writeFile("Ocean Waves.aiff", "x"))), "Ocean Waves.aiff");
-
-    FSRef parent;
-    ASSERT_EQ(FSGetParentRef(refOf(dir.filePath("Ocean Waves.aiff")), parent), noErr);
-    EXPECT_EQ(parent.path, dir.path());
-    bool isDirectory = false;
-    ASSERT_EQ(FSIsDirectory(parent, isDirectory), noErr);
-    EXPECT_TRUE(isDirectory);
 }
 
 TEST(FileReferences, ComparisonIsIdentityNotPathEquality) {
@@ -85,23 +67,9 @@ TEST(FileReferences, RenameAndMoveNeverOverwrite) {
     EXPECT_EQ(FSRenameUnicode(refOf(a), "x/y", nullptr), paramErr);
 }
 
-TEST(FileReferences, ListingDeletingAndSyncing) {
+TEST(FileReferences, DeletingRemovesLinksNotTargetsAndNeverAFullFolder) {
     TempDir dir;
-    dir.writeFile("one", "1");
-    dir.writeFile("two", "2");
     dir.makeDir("three");
-    std::vector<FSRef> entries;
-    ASSERT_EQ(FSListDirectory(dir.ref(), entries), noErr);
-    std::vector<QString> names;
-    for (const FSRef& entry : entries)
-        names.push_back(FSGetName(entry));
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<QString>{"one", "three", "two"}));
-    EXPECT_EQ(FSListDirectory(refOf(dir.filePath("one")), entries), dirNFErr);
-
-    EXPECT_EQ(FSSyncObject(refOf(dir.filePath("one"))), noErr);
-    EXPECT_EQ(FSSyncObject(dir.ref()), noErr);
-
     // A link is deleted as a link: its target stays.
     const QString link = dir.filePath("link");
     ASSERT_EQ(

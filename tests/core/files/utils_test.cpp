@@ -58,13 +58,5 @@ TEST(IntegerText, AcceptsOptionallyNegativeDecimalDigitsOnly) {
     EXPECT_FALSE(isValidIntegerCFString(QString(256, QLatin1Char('7'))));
 }
 
-TEST(ApplicationName, IsTheRunningApplicationsName) {
-    const QString saved = QCoreApplication::applicationName();
-    QCoreApplication::setApplicationName(QStringLiteral("Sylvora"));
-    EXPECT_EQ(copyApplicationNameCFString(), "Sylvora");
-    QCoreApplication::setApplicationName(saved);
-    EXPECT_FALSE(copyApplicationNameCFString().isNull()) << "defaults to the executable's name";
-}
-
 }  // namespace
 }  // namespace sylvora

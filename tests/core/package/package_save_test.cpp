@@ -180,6 +180,31 @@ TEST_F(PackageSave, SavingOverTheLoadedPackageKeepsItsIdentity) {
     EXPECT_EQ(prefs->getNumKnownWorlds(), 1);
 }
 
+// A file manager renames the open world's package and moves it into another folder while it plays:
+// the world follows it, and saving writes to the package where it is now.
+TEST_F(PackageSave, OpenPackageRenamedAndMovedIsSavedWhereItIsNow) {
+    buildWorld();
+    ASSERT_EQ(saveAs(QStringLiteral("Forest.sylvora")), noErr);
+    world.start();
+    const QString moved = dir.makeDir(QStringLiteral("Archive")) + QStringLiteral("/Old Woods.sylvora");
+    ASSERT_EQ(::rename(QFile::encodeName(dir.filePath(QStringLiteral("Forest.sylvora"))).constData(),
+                       QFile::encodeName(moved).constData()),
+              0);
+
+    world.setName(QStringLiteral("Renamed Night"));
+    ASSERT_EQ(world.doSave(), noErr);
+    EXPECT_EQ(folderEntries(dir.path()), (QStringList{QStringLiteral("Archive"), QStringLiteral("sources")}));
+    EXPECT_EQ(folderEntries(dir.filePath(QStringLiteral("Archive"))), QStringList{QStringLiteral("Old Woods.sylvora")});
+    const PlistPtr saved = readDescription(moved);
+    EXPECT_EQ(plistGetString(static_cast<plist_t>(saved.get()), World::NAME_KEY), QStringLiteral("Renamed Night"));
+    EXPECT_EQ(folderEntries(moved + QStringLiteral("/Loop Sounds")).size(), 2);
+    EXPECT_TRUE(resolvesTo(*world.getPackageAlias(), moved));
+    EXPECT_TRUE(world.isPlaying());
+    EXPECT_EQ(world.getNumLoopSounds(), 2);
+    EXPECT_FALSE(world.getPicture().isNull());
+    EXPECT_EQ(world.copyDefaultSaveAsFilename(true), QStringLiteral("Old Woods.sylvora"));
+}
+
 TEST_F(PackageSave, SaveAsOverTheLoadedPackageReleasesAnOpenPictureFirst) {
     world.setPictureFileAlias(aliasOf(writePicture(QStringLiteral("sources/cover.png"))).get());
     ASSERT_EQ(saveAs(QStringLiteral("Picture.sylvora")), noErr);

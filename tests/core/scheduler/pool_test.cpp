@@ -183,19 +183,24 @@ TEST_F(ScheduleReport, ReportsEachUnscheduledGroupAndUngroupedSoundWithTwoBeeps)
     EXPECT_NE(report().find("'creek.wav' has 0 movies"), std::string::npos);
 }
 
-TEST_F(ScheduleReport, NamesArePrintedAsLatin1OrNotAtAll) {
-    const GroupID accented = w.world.addGroup(QStringLiteral("Caf\u00e9"));
-    const GroupID cyrillic = w.world.addGroup(QStringLiteral("\u041b\u0435\u0441"));
-    const GroupID longName = w.world.addGroup(QString(300, QLatin1Char('n')));
-    int n = 0;
-    for (const GroupID group : {accented, cyrillic, longName}) {
-        const SoundID member = w.addEnvironment(w.writeSound(QStringLiteral("m%1.wav").arg(n++), 0.2, 1000.0));
-        w.world.setEnvironmentSoundGroupID(member, group);
+// Mac Roman, not Latin-1: é is 0x8E and € is 0xDB there, an accent stored as a combining mark still
+// finds its letter, and Ð (Latin-1 has it, Mac Roman does not), Cyrillic and over-long names print
+// as the empty string.
+TEST_F(ScheduleReport, NamesArePrintedAsMacRomanOrNotAtAll) {
+    const QString names[] = {QStringLiteral("Caf\u00e9 \u20ac"), QStringLiteral("Cafe\u0301"), QStringLiteral("\u00d0"),
+                             QStringLiteral("\u041b\u0435\u0441"), QString(300, QLatin1Char('n'))};
+    const std::string printedAs[] = {"Caf\x8e \xdb", "Caf\x8e", "", "", ""};
+    std::vector<GroupID> groups;
+    for (const QString& name : names) {
+        groups.push_back(w.world.addGroup(name));
+        const SoundID member = w.addEnvironment(w.writeSound(QStringLiteral("m%1.wav").arg(groups.size()), 0.2, 1000.0));
+        w.world.setEnvironmentSoundGroupID(member, groups.back());
     }
     const std::string printed = report();
-    EXPECT_NE(printed.find("'Caf\xe9' has 0"), std::string::npos) << printed;
-    EXPECT_NE(printed.find("GroupID " + std::to_string(cyrillic) + " '' has 0"), std::string::npos) << printed;
-    EXPECT_NE(printed.find("GroupID " + std::to_string(longName) + " '' has 0"), std::string::npos) << printed;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const std::string line = "GroupID " + std::to_string(groups[i]) + " '" + printedAs[i] + "' has 0";
+        EXPECT_NE(printed.find(line), std::string::npos) << line << "\n" << printed;
+    }
 }
 
 }  // namespace
