@@ -1,5 +1,7 @@
 // sylvora-cli: plays, renders and describes Sylvora worlds from a terminal.
 
+#include <unistd.h>
+
 #include <QCoreApplication>
 #include <cstdio>
 
@@ -7,6 +9,7 @@
 #include "cli/infocommand.h"
 #include "cli/playcommand.h"
 #include "cli/rendercommand.h"
+#include "core/platform/beep.h"
 #include "core/strings/stringresources.h"
 
 using namespace sylvora::cli;
@@ -15,6 +18,14 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("sylvora-cli"));
     sylvora::installStringTables();
+    // The scheduler's diagnostics beep before they print; in a terminal that is the bell, and where
+    // standard error goes to a file or a pipe a BEL byte would only be noise in it.
+    if (::isatty(STDERR_FILENO)) {
+        sylvora::setSysBeepHook([] {
+            std::fputc('\a', stderr);
+            std::fflush(stderr);
+        });
+    }
 
     const ParseResult parsed = parseCommandLine(QCoreApplication::arguments().mid(1));
     const CliOptions& options = parsed.options;

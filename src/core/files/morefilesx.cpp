@@ -270,7 +270,11 @@ OSStatus FSDeleteContainer(const FSRef& directory) {
         ::open(nativepath::encode(parent.path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!parentFd.valid())
         return lastErrnoStatus();
-    return deleteEntry(parentFd.get(), nativepath::encode(FSGetName(directory)).constData(), true);
+    // Only the folder being deleted is ours to unlock; the folder holding it keeps its permissions,
+    // and when it refuses, the refusal is the result.
+    if (::unlinkat(parentFd.get(), nativepath::encode(FSGetName(directory)).constData(), AT_REMOVEDIR) != 0)
+        return lastErrnoStatus();
+    return noErr;
 }
 
 }  // namespace sylvora

@@ -22,7 +22,9 @@ struct DeleteContainerState {
 };
 
 // On Linux an item is "locked" when its folder denies us write permission; unlocking grants the
-// owner write permission on that folder. Symbolic links are deleted as links, never followed.
+// owner write permission on that folder, and only ever on a folder that is being emptied: the folder
+// that holds the one being deleted keeps its permissions. Symbolic links are deleted as links, never
+// followed.
 void FSDeleteContainerLevel(const FSRef& directory, DeleteContainerState& state);
 OSStatus FSDeleteContainerContents(const FSRef& directory);
 OSStatus FSDeleteContainer(const FSRef& directory);  // dirNFErr when it is not a directory

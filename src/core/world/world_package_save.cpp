@@ -119,7 +119,8 @@ bool moveItemsBack(const FSRef& from, const QStringList& names, const FSRef& to)
 
 // Puts the complete package `temp` in the place of the existing folder `destination`, keeping the
 // folder itself. Takes over `temp`: it is deleted unless it is still needed as a complete copy.
-OSStatus replaceDirectoryContents(const FSRef& parent, const FSRef& destination, const FSRef& temp) {
+// `swapped` tells a failure that came after the new world was moved into `destination`.
+OSStatus replaceDirectoryContents(const FSRef& parent, const FSRef& destination, const FSRef& temp, bool& swapped) {
     FSRef aside;
     OSStatus status = createTempDirectory(parent, aside);
     if (status != noErr) {
@@ -148,9 +149,16 @@ OSStatus replaceDirectoryContents(const FSRef& parent, const FSRef& destination,
     }
 
     // The new world is in place once this flush is done; what follows only tidies up, and a
-    // leftover folder there loses nothing of the saved world.
+    // leftover folder there loses nothing of the saved world. When the flush fails the new world is
+    // in the destination but perhaps not yet on the disk: the aside copy of the old one stays until
+    // the user has seen the failure, the emptied temporary folder goes.
+    swapped = true;
     status = FSSyncObject(destination);
-    if (status != noErr) return status;
+    if (status != noErr) {
+        FSDeleteContainer(temp);
+        FSSyncObject(parent);
+        return status;
+    }
     FSDeleteContainer(aside);
     FSDeleteContainer(temp);
     FSSyncObject(parent);
@@ -347,14 +355,20 @@ OSStatus World::doSaveAs(const FSRef& parent, const QString& packageName) {
     }
 
     FSRef saved = existing;
+    bool swapped = false;
     if (isDirectory) {
         // Even with no sound loaded the picture file of the package is held open.
         if (overOwnPackage) releasePackageFiles();
-        status = replaceDirectoryContents(parent, existing, temp);
+        status = replaceDirectoryContents(parent, existing, temp, swapped);
     } else {
         status = replaceFileWithPackage(parent, existing, temp, packageName, saved);
     }
-    if (status != noErr) return status;
+    if (status != noErr) {
+        // Once swapped, the destination holds the world as saved: the world is loaded from there
+        // even though the save reports its failure.
+        if (swapped) reloadFromSavedPackage(saved, wasPlaying);
+        return status;
+    }
 
     reloadFromSavedPackage(saved, wasPlaying);
     return noErr;
@@ -373,8 +387,19 @@ OSStatus World::doSave() {
     stop();
     releasePackageFiles();
 
+    // Loading a package clears `modified`, so a failed save finds it clear exactly when the world was
+    // loaded again from the saved package (the failure came after the swap); it then plays as before.
+    const bool wasModified = modified;
+    modified = true;
     status = doSaveAs(parent, FSGetName(package));
-    if (status != noErr) return status;
+    if (status != noErr) {
+        if (!modified) {
+            if (wasPlaying) start();
+        } else {
+            modified = wasModified;
+        }
+        return status;
+    }
     start();
     if (!wasPlaying) stop();
     modified = false;

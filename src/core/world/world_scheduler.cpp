@@ -114,13 +114,15 @@ double World::drawVolume(SoundID environmentSound) {
 
 // [main] A streamed sound needs its first blocks read before it is due, and it is read from the
 // position it will start at: a stopped instance is rewound now rather than when it starts. One that
-// is still sounding (a loop instance left to play out) is not touched.
+// is still sounding (a loop instance left to play out) is not touched, and neither is one that is
+// done (stopped at its end before a tick saw it end): when its turn comes it counts as a play that
+// ended and is not played, so rewinding it here would change what plays and what is drawn.
 void World::scheduleMovie(int index, double startTime, double playVolume) {
     MovieEntry& entry = movies[static_cast<std::size_t>(index)];
     entry.startTime = startTime;
     entry.volume = playVolume;
     audio::SoundInstance& movie = *entry.movie;
-    if (movie.rate() == 0.0) {
+    if (movie.rate() == 0.0 && !movie.isDone()) {
         if (movie.time() != 0) {
             movie.goToBeginning();
         }

@@ -104,7 +104,15 @@ bool makeFile(const QString& path, std::string& failure) {
     return false;
 }
 
-TEST(DeleteContainer, LockedFoldersAreUnlockedAndDeleted) {
+mode_t permissionsOf(const QString& path) {
+    struct stat info {};
+    return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_mode & 07777 : 0;
+}
+
+// Locked folders inside the package are unlocked and deleted; the folder holding the package is not
+// the package's to unlock: while it is locked the package's contents go, the package stays, and the
+// holder keeps its permissions.
+TEST(DeleteContainer, LockedFoldersAreUnlockedAndDeletedButNeverTheirHolder) {
     TempDir dir;
     const QString holder = dir.filePath("holder");
     const QString pkg = holder + "/world.sylvora";
@@ -121,12 +129,20 @@ TEST(DeleteContainer, LockedFoldersAreUnlockedAndDeleted) {
         chmodPath(pkg, 0555);
         chmodPath(holder, 0555);
 
-        const OSStatus status = FSDeleteContainer(FSRef{pkg});
-        const bool gone = !exists(pkg);
+        const OSStatus refused = FSDeleteContainer(FSRef{pkg});
+        const mode_t holderMode = permissionsOf(holder);
+        const bool emptied = exists(pkg) && !exists(pkg + "/Loop Sounds");
         chmodPath(holder, 0755);
+        if (refused != permErr)
+            return "a locked holder: expected permErr, got " + std::to_string(refused);
+        if (holderMode != 0555)
+            return "the holder's permissions were changed";
+        if (!emptied)
+            return "the package should stay, emptied";
+        const OSStatus status = FSDeleteContainer(FSRef{pkg});
         if (status != noErr)
             return "FSDeleteContainer returned " + std::to_string(status);
-        if (!gone)
+        if (exists(pkg))
             return "the package is still there";
         return {};
     });

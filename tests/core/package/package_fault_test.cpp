@@ -198,6 +198,37 @@ TEST_F(PackageFault, FailedUndoKeepsEveryCompleteCopy) {
     }
 }
 
+// The flush that makes the swapped-in world durable fails: the save reports it, the world is loaded
+// from the destination and plays on, and the aside copy of the old world is the only temporary
+// folder left.
+TEST_F(PackageFault, FailedFlushAfterTheSwapKeepsTheSavedWorldLoadedAndTheOldAside) {
+    int failuresAfterSwap = 0;
+    for (int step = 1; step < 64; ++step) {
+        SCOPED_TRACE(step);
+        restore();
+        Session session;
+        editIntoNewWorld(session.world, package);
+        gSyncs = Injection{true, 0, -1, step, -1};
+        const OSStatus status = session.world.doSave();
+        gSyncs.armed = false;
+        if (status == noErr) break;
+        Session checker;
+        if (contentOf(checker.world, package) != Content::New) continue;  // failed before the swap
+        ++failuresAfterSwap;
+        EXPECT_EQ(session.world.getName(), QStringLiteral("New"));
+        EXPECT_FALSE(session.world.getModified());
+        EXPECT_TRUE(session.world.isPlaying());
+        EXPECT_EQ(session.world.getNumEnvironmentSounds(), 2);
+        FSRef loaded;
+        ASSERT_EQ(FSResolveAlias(*session.world.getPackageAlias(), loaded), noErr);
+        EXPECT_EQ(loaded.path, package);
+        const QStringList temps = tempPackagesIn(dir.path());
+        ASSERT_EQ(temps.size(), 1);
+        EXPECT_EQ(contentOf(checker.world, dir.filePath(temps.front())), Content::Old);
+    }
+    EXPECT_EQ(failuresAfterSwap, 1);
+}
+
 TEST_F(PackageFault, KilledSaveLeavesACompleteWorldOnDisk) {
     int kills = 0;
     for (Injection* injection : {&gSyncs, &gRenames}) {

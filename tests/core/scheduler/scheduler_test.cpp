@@ -233,6 +233,38 @@ TEST(EnvironmentPlays, EqualBoundsGiveAFixedIntervalAndVolume) {
     }
 }
 
+// An instance stopped at its end before a tick saw the end is done when its next turn comes: that
+// turn counts as a play that ended (its successor is drawn at once) and nothing is played.
+TEST(EnvironmentPlays, InstanceDoneWhenItsTurnComesEndsThePlayUnplayed) {
+    WorldFixture w(3);
+    const SoundID env = w.addEnvironment(w.writeSound("env.wav", 0.2, 1000.0));
+    w.world.setEnvironmentSoundMinInterval(env, 1);
+    w.world.setEnvironmentSoundMaxInterval(env, 1);
+    w.world.start();
+    const int index = w.entriesOf(env).front();
+    for (int tick = 0; tick < 30 && w.entry(index).movie->rate() == 0.0; ++tick) w.runTicks(1);
+    ASSERT_NE(w.entry(index).movie->rate(), 0.0);
+    std::vector<float> pastTheEnd(static_cast<std::size_t>(w.sampleRate));  // half a second of stereo
+    w.engine.render(pastTheEnd.data(), pastTheEnd.size() / 2);
+    ASSERT_TRUE(w.entry(index).movie->isDone());
+
+    w.world.stop();
+    w.world.start();
+    ASSERT_EQ(w.entriesOf(env), std::vector<int>{index});
+    const double turn = w.entry(index).startTime;
+    bool sounded = false;
+    bool turnSeen = false;
+    w.runSeconds(1.5, [&](int tick) {
+        sounded = sounded || w.entry(index).movie->rate() != 0.0;
+        if (!turnSeen && w.timeOfTick(tick) >= turn) {
+            turnSeen = true;
+            EXPECT_NEAR(w.entry(index).startTime, w.timeOfTick(tick) + 1.0, 1e-9) << "the successor is drawn";
+        }
+    });
+    EXPECT_TRUE(turnSeen);
+    EXPECT_FALSE(sounded);
+}
+
 TEST(EnvironmentPlays, EveryGroupAndUngroupedSoundHasExactlyOnePlayAtEveryTick) {
     WorldFixture w(5);
     int beeps = 0;
