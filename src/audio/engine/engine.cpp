@@ -144,6 +144,20 @@ void Engine::service() {
     impl_->reclaim();
 }
 
+void Engine::setLowLatency(bool wanted) {
+    impl_->lowLatency = wanted;
+    if (impl_->latencyListener)
+        impl_->latencyListener(wanted);
+}
+
+bool Engine::lowLatencyWanted() const noexcept {
+    return impl_->lowLatency;
+}
+
+void Engine::setLatencyListener(std::function<void(bool)> listener) {
+    impl_->latencyListener = std::move(listener);
+}
+
 std::uint64_t Engine::underruns() const noexcept {
     return impl_->underruns.load(std::memory_order_relaxed);
 }

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -41,6 +42,16 @@ public:
     // [main] Services all instances once (the timer's per-tick call): publishes the ends of plays,
     // and frees what the audio thread released.
     void service();
+
+    // [main] Asks the output for short latency: true while a person is changing what plays (the
+    // editor or a sound preview is open), false when neither is. The output answers at once to
+    // true and returns to its long, cheaper buffer a few seconds after false. Outputs without a
+    // choice of latency ignore it; what is rendered does not depend on it.
+    void setLowLatency(bool wanted);
+    bool lowLatencyWanted() const noexcept;  // [main]
+    // [main] An output that can change its latency hears setLowLatency() here; an empty function
+    // stops it (the output does so before it goes away).
+    void setLatencyListener(std::function<void(bool)> listener);
 
     // [any] Blocks of a streaming instance that were not ready in time (played as silence).
     std::uint64_t underruns() const noexcept;

@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -41,6 +42,9 @@ struct Engine::Impl {
 
     SoundCache cache;
     Streamer streamer;
+
+    bool lowLatency = false;                    // [main]
+    std::function<void(bool)> latencyListener;  // [main]
 
   private:
     struct Dying {

@@ -25,6 +25,18 @@ constexpr int STREAM_NICE = -10;
 constexpr std::size_t FIRST_FILL = 4096;
 }  // namespace
 
+std::size_t Streamer::refillAt(const StreamRing& ring) noexcept {
+    return std::max(ring.capacityFrames() / 2, std::min(ring.capacityFrames() * 3 / 4, MIN_REFILL_AT));
+}
+
+std::size_t Streamer::ringFrames(std::size_t ringsInUse, int channels) noexcept {
+    const std::size_t share = RING_BUDGET_BYTES / (ringsInUse + 1) / (static_cast<std::size_t>(channels) * sizeof(float));
+    std::size_t frames = MIN_RING_FRAMES;
+    while (frames * 2 <= share && frames * 2 <= MAX_RING_FRAMES)
+        frames *= 2;
+    return frames;
+}
+
 Streamer::Streamer(int engineRate, const RenderEpochs& epochs)
     : engineRate_(engineRate), epochs_(epochs), thread_([this] { run(); }) {}
 
@@ -94,7 +106,7 @@ Streamer::Need Streamer::needs(const Voice& voice, std::size_t frames) const {
     const std::size_t held = ring->readableFrames();
     if (held < frames)
         return Need::Frames;
-    return held < REFILL_AT ? Need::Soon : Need::Nothing;
+    return held < refillAt(*ring) ? Need::Soon : Need::Nothing;
 }
 
 void Streamer::run() {
@@ -153,7 +165,8 @@ Streamer::Clock::time_point Streamer::pass() {
         const StreamRing* ring = voice->stream.ring.get();
         if (ring && voice->stream.reader) {
             const std::size_t ready = ring->readableFrames();
-            dueIn = std::min(dueIn, ready > REFILL_AT ? ready - REFILL_AT : 0);
+            const std::size_t mark = refillAt(*ring);
+            dueIn = std::min(dueIn, ready > mark ? ready - mark : 0);
         }
     }
     {
@@ -201,7 +214,8 @@ void Streamer::openRing(Voice& voice, std::uint64_t want) {
     Voice::StreamState& state = voice.stream;
     const SoundSource& source = *voice.source;
     const std::int64_t start = std::min(voiceword::position(want), source.frames);
-    auto ring = std::make_unique<StreamRing>(voiceword::segment(want), start, source.channels, RING_FRAMES);
+    const std::size_t frames = ringFrames(rings_.load(std::memory_order_relaxed), source.channels);
+    auto ring = std::make_unique<StreamRing>(voiceword::segment(want), start, source.channels, frames);
     rings_.fetch_add(1, std::memory_order_relaxed);
     state.reader.reset();
     std::unique_ptr<Decoder> decoder;

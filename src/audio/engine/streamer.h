@@ -25,15 +25,21 @@ class Voice;
 
 class Streamer {
   public:
-    // 16384 frames is 0.34 s at 48 kHz (128 KiB of stereo float). Rings are a third of what a
-    // streamed instance costs (the decoder, FFmpeg's Vorbis above all, and the resampler are the
-    // rest), and a ring exists only while its instance plays or is about to.
-    static constexpr std::size_t RING_FRAMES = 16384;
-    // The thread sleeps until the emptiest draining ring is down to this many frames, tops every
-    // ring up in one pass, emptiest first, and sleeps again: about twelve wake-ups a second
-    // whatever the number of voices, and 0.26 s at 48 kHz left in every ring to ride out a busy
-    // core or a slow disk.
-    static constexpr std::size_t REFILL_AT = RING_FRAMES * 3 / 4;
+    // Rings share one memory budget: a ring is sized when its play is readied, from what is left
+    // for each of the rings then in use, between MIN_RING_FRAMES (0.34 s at 48 kHz; a hundred
+    // such stereo rings are the budget) and MAX_RING_FRAMES (2.7 s). A few playing streams get
+    // long rings, refilled in large reads a second or so apart; a hundred get short ones.
+    static constexpr std::size_t RING_BUDGET_BYTES = 100 * 16384 * 2 * sizeof(float);
+    static constexpr std::size_t MIN_RING_FRAMES = 16384;
+    static constexpr std::size_t MAX_RING_FRAMES = 131072;
+    // The thread sleeps until the emptiest draining ring is down to its refill mark, tops every
+    // ring up in one pass, emptiest first, and sleeps again. The mark is half a long ring, and a
+    // short ring's three quarters (0.26 s at 48 kHz left to ride out a busy core or a slow disk).
+    static constexpr std::size_t MIN_REFILL_AT = MIN_RING_FRAMES * 3 / 4;
+    // [any] The frames a ring is refilled at.
+    static std::size_t refillAt(const StreamRing& ring) noexcept;
+    // The frames of a ring of `channels` readied while `ringsInUse` others are.
+    static std::size_t ringFrames(std::size_t ringsInUse, int channels) noexcept;
 
     Streamer(int engineRate, const RenderEpochs& epochs);
     ~Streamer();
@@ -64,7 +70,7 @@ class Streamer {
     Clock::time_point pass();
     bool serve(Voice& voice, bool stalled);           // [stream] [main] true: check again soon
     void openRing(Voice& voice, std::uint64_t want);  // [stream] [main]
-    void fill(Voice& voice, std::size_t upTo = RING_FRAMES);  // [stream] [main]
+    void fill(Voice& voice, std::size_t upTo = ~std::size_t{0});  // [stream] [main]
     void retire(std::unique_ptr<StreamRing> ring);    // [stream] [main]
 
     const int engineRate_;

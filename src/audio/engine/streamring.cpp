@@ -6,11 +6,11 @@
 namespace sylvora::audio {
 
 StreamRing::StreamRing(std::uint32_t segmentId, std::int64_t start, int channelCount,
-                       std::size_t capacityFrames)
+                       std::size_t requestedFrames)
     : segment(segmentId),
       startFrame(start),
       channels(channelCount),
-      capacity_(std::bit_ceil(capacityFrames)),
+      capacity_(std::bit_ceil(requestedFrames)),
       mask_(capacity_ - 1) {
     data_.resize(capacity_ * static_cast<std::size_t>(channels));
 }

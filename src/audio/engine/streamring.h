@@ -14,7 +14,7 @@ namespace sylvora::audio {
 
 class StreamRing {
   public:
-    StreamRing(std::uint32_t segment, std::int64_t startFrame, int channels, std::size_t capacityFrames);
+    StreamRing(std::uint32_t segment, std::int64_t startFrame, int channels, std::size_t requestedFrames);
 
     const std::uint32_t segment;
     const std::int64_t startFrame;
@@ -35,6 +35,7 @@ class StreamRing {
     bool exhausted() const noexcept;
     // [any] Engine frame that the next read delivers.
     std::int64_t readFrame() const noexcept;
+    std::size_t capacityFrames() const noexcept { return capacity_; }
     bool full() const noexcept { return writableFrames() == 0 || ended_.load(std::memory_order_acquire); }
 
   private:

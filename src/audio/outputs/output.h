@@ -19,12 +19,14 @@ public:
     virtual std::string description() const = 0;
 };
 
-// The default device through SDL2, at the engine's rate; null (with `error` filled) when there is
-// no device, including when SDL initialises but cannot open one.
+// The sound server through its native client when one answers, else the default device through
+// SDL2, at the engine's rate; null (with `error` filled) when there is no device, including when
+// SDL initialises but cannot open one.
 std::unique_ptr<AudioOutput> openDeviceOutput(Engine& engine, std::string& error);
 // Pulls audio at real-time pace and discards it.
 std::unique_ptr<AudioOutput> makeNullOutput(Engine& engine);
-// The device when there is one, else the null output after one line on the standard error stream.
+// The device when there is one, else the null output; either way one line on the standard error
+// stream says which, and nothing else is printed.
 std::unique_ptr<AudioOutput> openDefaultOutput(Engine& engine);
 
 }  // namespace sylvora::audio

@@ -1,8 +1,17 @@
 #include "audio/outputs/sdl/sdloutput.h"
 
+#include <alsa/asoundlib.h>
+
 #include "audio/engine/engine.h"
 
 namespace sylvora::audio {
+
+namespace {
+// ALSA reports every plugin and card it tries and fails on straight to the standard error stream;
+// whether a device opened at all is said once, by whoever opened the output.
+void ignoreAlsaError(const char* /*file*/, int /*line*/, const char* /*function*/, int /*err*/,
+                     const char* /*format*/, ...) {}
+}  // namespace
 
 int SdlOutput::bufferFrames(int sampleRate) {
     int frames = 128;
@@ -13,6 +22,7 @@ int SdlOutput::bufferFrames(int sampleRate) {
 }
 
 std::unique_ptr<SdlOutput> SdlOutput::open(Engine& engine, std::string& error) {
+    snd_lib_error_set_handler(&ignoreAlsaError);
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) {
         error = SDL_GetError();
         return nullptr;

@@ -1,0 +1,252 @@
+#include "audio/outputs/pulse/pulseoutput.h"
+
+#include "audio/engine/engine.h"
+
+namespace sylvora::audio {
+
+namespace {
+constexpr std::size_t FRAME_BYTES = 2 * sizeof(float);
+
+// A locked section of the threaded loop, for the main thread.
+class LoopLock {
+  public:
+    explicit LoopLock(pa_threaded_mainloop* loop) : loop_(loop) { pa_threaded_mainloop_lock(loop_); }
+    ~LoopLock() { pa_threaded_mainloop_unlock(loop_); }
+    LoopLock(const LoopLock&) = delete;
+    LoopLock& operator=(const LoopLock&) = delete;
+
+  private:
+    pa_threaded_mainloop* loop_;
+};
+}  // namespace
+
+PulseOutput::PulseOutput(Engine& engine) : engine_(engine), heldBack_(bytes(HELD_BACK_SECONDS)) {}
+
+std::unique_ptr<PulseOutput> PulseOutput::open(Engine& engine, std::string& error) {
+    std::unique_ptr<PulseOutput> output(new PulseOutput(engine));
+    if (!output->connect(error))
+        return nullptr;
+    engine.setLatencyListener([out = output.get()](bool wanted) { out->setLowLatency(wanted); });
+    return output;
+}
+
+bool PulseOutput::connect(std::string& error) {
+    loop_ = pa_threaded_mainloop_new();
+    if (!loop_) {
+        error = "PulseAudio: no main loop";
+        return false;
+    }
+    pa_proplist* props = pa_proplist_new();
+    pa_proplist_sets(props, PA_PROP_APPLICATION_NAME, "Sylvora");
+    pa_proplist_sets(props, PA_PROP_APPLICATION_ID, "org.sylvora.Sylvora");
+    context_ = pa_context_new_with_proplist(pa_threaded_mainloop_get_api(loop_), "Sylvora", props);
+    pa_proplist_free(props);
+    if (!context_) {
+        error = "PulseAudio: no context";
+        return false;
+    }
+    pa_context_set_state_callback(context_, &PulseOutput::contextChanged, this);
+    // Never start a server of our own: a machine without one plays through SDL instead.
+    if (pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+        error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
+        return false;
+    }
+    LoopLock lock(loop_);
+    if (pa_threaded_mainloop_start(loop_) < 0) {
+        error = "PulseAudio: the main loop does not start";
+        return false;
+    }
+    for (;;) {
+        const pa_context_state_t state = pa_context_get_state(context_);
+        if (state == PA_CONTEXT_READY)
+            break;
+        if (!PA_CONTEXT_IS_GOOD(state)) {
+            error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
+            return false;
+        }
+        pa_threaded_mainloop_wait(loop_);
+    }
+
+    const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(engine_.sampleRate()), 2};
+    stream_ = pa_stream_new(context_, "Sylvora", &spec, nullptr);
+    if (!stream_) {
+        error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
+        return false;
+    }
+    pa_stream_set_state_callback(stream_, &PulseOutput::streamChanged, this);
+    pa_stream_set_write_callback(stream_, &PulseOutput::writeRequested, this);
+    pa_stream_set_underflow_callback(stream_, &PulseOutput::underflowed, this);
+    shortBuffer_ = engine_.lowLatencyWanted();
+    pa_buffer_attr attr = bufferAttr(shortBuffer_);
+    // Corked until start(). The server is asked for no latency of its own beyond the buffer.
+    const auto flags = static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED);
+    if (pa_stream_connect_playback(stream_, nullptr, &attr, flags, nullptr, nullptr) < 0) {
+        error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
+        return false;
+    }
+    while (pa_stream_get_state(stream_) != PA_STREAM_READY) {
+        if (!PA_STREAM_IS_GOOD(pa_stream_get_state(stream_))) {
+            error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
+            return false;
+        }
+        pa_threaded_mainloop_wait(loop_);
+    }
+    const char* server = pa_context_get_server(context_);
+    description_ = std::string("PulseAudio") + (server ? std::string(" (") + server + ")" : std::string()) + ", " +
+                   std::to_string(engine_.sampleRate()) + " Hz";
+    return true;
+}
+
+PulseOutput::~PulseOutput() {
+    engine_.setLatencyListener({});
+    if (loop_)
+        pa_threaded_mainloop_stop(loop_);
+    if (longReturn_)
+        pa_threaded_mainloop_get_api(loop_)->time_free(longReturn_);
+    if (stream_) {
+        pa_stream_disconnect(stream_);
+        pa_stream_unref(stream_);
+    }
+    if (context_) {
+        pa_context_disconnect(context_);
+        pa_context_unref(context_);
+    }
+    if (loop_)
+        pa_threaded_mainloop_free(loop_);
+}
+
+bool PulseOutput::start() {
+    LoopLock lock(loop_);
+    if (started_)
+        return true;
+    pa_operation* op = pa_stream_cork(stream_, 0, &PulseOutput::operationDone, this);
+    if (!op)
+        return false;
+    while (pa_operation_get_state(op) == PA_OPERATION_RUNNING)
+        pa_threaded_mainloop_wait(loop_);
+    pa_operation_unref(op);
+    started_ = true;
+    return true;
+}
+
+void PulseOutput::stop() {
+    LoopLock lock(loop_);
+    if (!started_)
+        return;
+    // Once corked and answered, the server asks for nothing more: render() is not called again.
+    if (pa_operation* op = pa_stream_cork(stream_, 1, &PulseOutput::operationDone, this)) {
+        while (pa_operation_get_state(op) == PA_OPERATION_RUNNING)
+            pa_threaded_mainloop_wait(loop_);
+        pa_operation_unref(op);
+    }
+    started_ = false;
+}
+
+void PulseOutput::setLowLatency(bool wanted) {
+    LoopLock lock(loop_);
+    pa_mainloop_api* api = pa_threaded_mainloop_get_api(loop_);
+    if (wanted) {
+        if (longReturn_) {
+            api->time_free(longReturn_);
+            longReturn_ = nullptr;
+        }
+        applyBuffer(true);
+        return;
+    }
+    if (!shortBuffer_ || longReturn_)
+        return;
+    const pa_usec_t when = pa_rtclock_now() + static_cast<pa_usec_t>(LONG_RETURN_SECONDS * PA_USEC_PER_SEC);
+    longReturn_ = pa_context_rttime_new(context_, when, &PulseOutput::longReturnDue, this);
+}
+
+std::size_t PulseOutput::bytes(double seconds) const {
+    return static_cast<std::size_t>(seconds * engine_.sampleRate()) * FRAME_BYTES;
+}
+
+pa_buffer_attr PulseOutput::bufferAttr(bool shortBuffer) const {
+    const double queued = shortBuffer ? SHORT_BUFFER_SECONDS : LONG_BUFFER_SECONDS;
+    const double request = shortBuffer ? SHORT_REQUEST_SECONDS : LONG_REQUEST_SECONDS;
+    pa_buffer_attr attr{};
+    attr.maxlength = static_cast<std::uint32_t>(-1);
+    attr.fragsize = static_cast<std::uint32_t>(-1);
+    attr.tlength = static_cast<std::uint32_t>(bytes(queued + HELD_BACK_SECONDS));
+    attr.minreq = static_cast<std::uint32_t>(bytes(request));
+    // After an underrun, play resumes once half the queue is back.
+    attr.prebuf = static_cast<std::uint32_t>(bytes(queued / 2));
+    return attr;
+}
+
+void PulseOutput::applyBuffer(bool shortBuffer) {
+    if (shortBuffer == shortBuffer_)
+        return;
+    shortBuffer_ = shortBuffer;
+    const pa_buffer_attr attr = bufferAttr(shortBuffer);
+    if (pa_operation* op = pa_stream_set_buffer_attr(stream_, &attr, nullptr, nullptr))
+        pa_operation_unref(op);
+}
+
+std::uint64_t PulseOutput::framesPlayed() {
+    LoopLock lock(loop_);
+    if (pa_operation* op = pa_stream_update_timing_info(stream_, &PulseOutput::operationDone, this)) {
+        while (pa_operation_get_state(op) == PA_OPERATION_RUNNING)
+            pa_threaded_mainloop_wait(loop_);
+        pa_operation_unref(op);
+    }
+    pa_usec_t usec = 0;
+    if (pa_stream_get_time(stream_, &usec) < 0)
+        return 0;
+    return usec * static_cast<std::uint64_t>(engine_.sampleRate()) / PA_USEC_PER_SEC;
+}
+
+std::uint32_t PulseOutput::bufferFrames() {
+    LoopLock lock(loop_);
+    return pa_stream_get_buffer_attr(stream_)->tlength / FRAME_BYTES;
+}
+
+void PulseOutput::contextChanged(pa_context* /*context*/, void* self) {
+    pa_threaded_mainloop_signal(static_cast<PulseOutput*>(self)->loop_, 0);
+}
+
+void PulseOutput::streamChanged(pa_stream* /*stream*/, void* self) {
+    pa_threaded_mainloop_signal(static_cast<PulseOutput*>(self)->loop_, 0);
+}
+
+void PulseOutput::operationDone(pa_stream* /*stream*/, int /*success*/, void* self) {
+    pa_threaded_mainloop_signal(static_cast<PulseOutput*>(self)->loop_, 0);
+}
+
+void PulseOutput::writeRequested(pa_stream* stream, std::size_t writable, void* self) {
+    auto* output = static_cast<PulseOutput*>(self);
+    // The server's credit beyond the queue we keep is left unused, whatever the buffer: so the
+    // queue follows the buffer's length, and a switch to short never fills the old credit.
+    if (writable <= output->heldBack_)
+        return;
+    std::size_t bytes = writable - output->heldBack_;
+    while (bytes >= FRAME_BYTES) {
+        // Rendered straight into the server's shared memory: no copy of our own.
+        void* data = nullptr;
+        std::size_t span = bytes;
+        if (pa_stream_begin_write(stream, &data, &span) < 0 || !data)
+            return;
+        const std::size_t frames = std::min(span, bytes) / FRAME_BYTES;
+        output->engine_.render(static_cast<float*>(data), frames);
+        if (pa_stream_write(stream, data, frames * FRAME_BYTES, nullptr, 0, PA_SEEK_RELATIVE) < 0)
+            return;
+        output->written_.fetch_add(frames, std::memory_order_release);
+        bytes -= frames * FRAME_BYTES;
+    }
+}
+
+void PulseOutput::underflowed(pa_stream* /*stream*/, void* self) {
+    static_cast<PulseOutput*>(self)->underruns_.fetch_add(1, std::memory_order_relaxed);
+}
+
+void PulseOutput::longReturnDue(pa_mainloop_api* api, pa_time_event* event, const struct timeval* /*when*/,
+                                void* self) {
+    auto* output = static_cast<PulseOutput*>(self);
+    api->time_free(event);
+    output->longReturn_ = nullptr;
+    output->applyBuffer(false);
+}
+
+}  // namespace sylvora::audio

@@ -1,0 +1,92 @@
+#pragma once
+
+// A native PulseAudio client (which PipeWire's PulseAudio service serves too): float stereo at the
+// engine's rate, written from the write requests of libpulse's threaded main loop, whose thread is
+// the audio thread and only calls Engine::render().
+//
+// Latency follows the need. A change is heard after what is queued, and the process wakes once
+// per request of the server. While a world just plays, the queue is at most LONG_BUFFER_SECONDS,
+// within the quarter second a person notices, and each request takes LONG_REQUEST_SECONDS, so
+// the thread wakes about six times a second (twice per request: the server also hands back
+// each block of shared memory once played). While the app asks for low latency
+// (Engine::setLowLatency), the queue is at most SHORT_BUFFER_SECONDS; when it stops asking, the
+// long buffer returns LONG_RETURN_SECONDS later, so that closing and reopening a window does not
+// make the next change wait a long buffer.
+// The server never asks for less than it would let the queue hold beyond one request, so the
+// queue it is given (tlength) is larger by HELD_BACK_SECONDS, a credit this client never uses.
+// Switching never drops or repeats audio: what is queued plays out and the server then asks for
+// more by the new measure; right after a switch to short, the long queue still plays first (a
+// rewrite of the queue would need an engine that can render again from an earlier frame).
+//
+// Lifecycle: open() -> start() -> stop() -> destroy, all [main].
+
+#include <pulse/pulseaudio.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "audio/outputs/output.h"
+
+namespace sylvora::audio {
+
+class PulseOutput final : public AudioOutput {
+  public:
+    static constexpr double LONG_BUFFER_SECONDS = 0.23;
+    static constexpr double LONG_REQUEST_SECONDS = 0.17;
+    static constexpr double SHORT_BUFFER_SECONDS = 0.04;
+    static constexpr double SHORT_REQUEST_SECONDS = 0.02;
+    static constexpr double HELD_BACK_SECONDS = 0.12;
+    static constexpr double LONG_RETURN_SECONDS = 3.0;
+
+    // Null with `error` filled when no sound server answers or it refuses the stream.
+    static std::unique_ptr<PulseOutput> open(Engine& engine, std::string& error);
+    ~PulseOutput() override;
+
+    bool start() override;  // [main]
+    void stop() override;   // [main]
+    std::string description() const override { return description_; }
+
+    // [main] What the engine forwards from Engine::setLowLatency.
+    void setLowLatency(bool wanted);
+    // [any] Times the server ran out of audio to play.
+    std::uint64_t underruns() const noexcept { return underruns_.load(std::memory_order_relaxed); }
+    // [any] Engine frames rendered into the stream so far.
+    std::uint64_t framesWritten() const noexcept { return written_.load(std::memory_order_acquire); }
+    // [main] Engine frames the server has played so far, as of now; asks the server, so it waits
+    // one round trip. For measurements.
+    std::uint64_t framesPlayed();
+    // [main] The buffer the server holds now, in frames.
+    std::uint32_t bufferFrames();
+
+  private:
+    explicit PulseOutput(Engine& engine);
+    bool connect(std::string& error);
+    std::size_t bytes(double seconds) const;
+    pa_buffer_attr bufferAttr(bool shortBuffer) const;
+    void applyBuffer(bool shortBuffer);  // [audio] under the loop's lock
+
+    static void contextChanged(pa_context* context, void* self);               // [audio]
+    static void streamChanged(pa_stream* stream, void* self);                  // [audio]
+    static void writeRequested(pa_stream* stream, std::size_t writable, void* self);  // [RT]
+    static void underflowed(pa_stream* stream, void* self);                    // [RT]
+    static void operationDone(pa_stream* stream, int success, void* self);     // [audio]
+    static void longReturnDue(pa_mainloop_api* api, pa_time_event* event, const struct timeval* when,
+                              void* self);  // [audio]
+
+    Engine& engine_;
+    const std::size_t heldBack_;
+    pa_threaded_mainloop* loop_ = nullptr;
+    pa_context* context_ = nullptr;
+    pa_stream* stream_ = nullptr;
+    pa_time_event* longReturn_ = nullptr;  // under the loop's lock
+    bool shortBuffer_ = false;             // under the loop's lock
+    bool started_ = false;                 // [main]
+    std::string description_;
+
+    std::atomic<std::uint64_t> written_{0};    // written by the audio thread
+    std::atomic<std::uint64_t> underruns_{0};  // written by the audio thread
+};
+
+}  // namespace sylvora::audio
