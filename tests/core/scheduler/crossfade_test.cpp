@@ -2,23 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <algorithm>
 
 #include "support/worldfixture.h"
 
 namespace sylvora::test {
 namespace {
-
-TEST(EqualPowerCrossfade, CurvesMeetAtThreeQuartersAndEndFlat) {
-    EXPECT_EQ(equalPowerCrossfade(0.0, true), 0.0);
-    EXPECT_EQ(equalPowerCrossfade(1.0, true), 1.0);
-    EXPECT_EQ(equalPowerCrossfade(0.5, true), 0.75);
-    EXPECT_EQ(equalPowerCrossfade(0.0, false), 1.0);
-    EXPECT_EQ(equalPowerCrossfade(1.0, false), 0.0);
-    EXPECT_EQ(equalPowerCrossfade(0.5, false), 0.75);
-    EXPECT_EQ(equalPowerCrossfade(2.0, false), -3.0) << "not clamped";
-}
 
 // One 6-s loop with a 2-s crossfade: the second instance is due at 4 s, enters silently, rises
 // along the fade-in while the first falls along the fade-out, and when the first ends the next

@@ -29,112 +29,64 @@ TEST(VirtualEventLoop, ClockStartsAtItsOriginAndFollowsTheAudioForward) {
     EXPECT_GT(unusable.currentEventTime(), 0.0);
 }
 
-TEST(VirtualEventLoop, ZeroDelayTimerFiresOnTheNextTurnThenEveryInterval) {
+// A timer never fires inside installTimer: with no delay it fires on the next turn, otherwise once
+// its delay has passed, then every interval; a late one fires once and keeps its grid; a one-shot
+// fires once and stays installed until removed.
+TEST(VirtualEventLoop, TimersFireAfterTheirDelayThenOnTheirGrid) {
     VirtualEventLoop loop;
-    int fired = 0;
-    loop.installTimer(0.0, TICK, [&] { ++fired; });
-    EXPECT_EQ(fired, 0) << "a timer must never fire inside installTimer";
+    int ticks = 0;
+    int delayed = 0;
+    int oneShot = 0;
+    loop.installTimer(0.0, 0.1, [&] { ++ticks; });
+    loop.installTimer(0.5, 0.25, [&] { ++delayed; });
+    const EventLoopTimerRef once = loop.installTimer(0.3, 0.0, [&] { ++oneShot; });
+    EXPECT_EQ(ticks, 0);
     EXPECT_EQ(loop.processDueTimers(), 1);
-    EXPECT_EQ(fired, 1);
     EXPECT_EQ(loop.processDueTimers(), 0) << "same clock, next point not reached";
-    loop.setAudioTime(TICK / 2);
+    loop.setAudioTime(0.05);
     loop.processDueTimers();
-    EXPECT_EQ(fired, 1);
-    loop.setAudioTime(TICK);
-    loop.processDueTimers();
-    EXPECT_EQ(fired, 2);
-}
-
-TEST(VirtualEventLoop, DelayedTimerWaitsForItsDelay) {
-    VirtualEventLoop loop;
-    int fired = 0;
-    loop.installTimer(0.5, 0.25, [&] { ++fired; });
-    loop.processDueTimers();
+    EXPECT_EQ(ticks, 1);
     loop.setAudioTime(0.49);
-    loop.processDueTimers();
-    EXPECT_EQ(fired, 0);
-    loop.setAudioTime(0.5);
-    loop.processDueTimers();
-    loop.setAudioTime(0.75);
-    loop.processDueTimers();
-    EXPECT_EQ(fired, 2);
-}
-
-// Driven the way the renderer drives it, the 1/15-s timer fires once at every block boundary, for
-// rates where a tick is a whole number of frames and for one where it is not.
-TEST(VirtualEventLoop, RendererBoundariesHitEveryTickWithoutDrift) {
-    for (const int rate : {44100, 48000, 8000, 11025}) {
-        VirtualEventLoop loop;
-        loop.setTolerance(1.0 / rate);
-        int fired = 0;
-        loop.installTimer(0.0, TICK, [&] { ++fired; });
-        const int ticks = 15 * 600;  // ten minutes
-        for (int k = 0; k < ticks; ++k) {
-            const auto frame = (2ULL * static_cast<unsigned long long>(k) * static_cast<unsigned>(rate) + 15) / 30;
-            loop.setAudioTime(static_cast<double>(frame) / rate);
-            ASSERT_EQ(loop.processDueTimers(), 1) << "rate " << rate << " tick " << k;
-        }
-        EXPECT_EQ(fired, ticks);
+    EXPECT_EQ(loop.processDueTimers(), 2) << "late: the tick fires once, the one-shot is due";
+    EXPECT_EQ(ticks, 2);
+    EXPECT_EQ(delayed, 0);
+    EXPECT_NEAR(loop.nextDueTime(), loop.clockOrigin() + 0.5, 1e-9);
+    for (const double t : {0.5, 0.75, 1.0, 2.0}) {
+        loop.setAudioTime(t);
+        loop.processDueTimers();
     }
+    EXPECT_EQ(delayed, 4);
+    EXPECT_EQ(oneShot, 1);
+    EXPECT_EQ(loop.timerCount(), 3);
+    loop.removeTimer(once);
+    EXPECT_EQ(loop.timerCount(), 2);
 }
 
-TEST(VirtualEventLoop, ALateTimerFiresOnceAndKeepsItsGrid) {
-    VirtualEventLoop loop;
-    int fired = 0;
-    loop.installTimer(0.0, 0.1, [&] { ++fired; });
-    loop.processDueTimers();
-    loop.setAudioTime(1.05);
-    EXPECT_EQ(loop.processDueTimers(), 1);
-    EXPECT_NEAR(loop.nextDueTime(), loop.clockOrigin() + 1.1, 1e-9);
-    EXPECT_EQ(fired, 2);
-}
-
-TEST(VirtualEventLoop, ATimerMayRemoveItselfAndOthersFromItsCallback) {
+// Callbacks may remove any timer, themselves included (a removed timer does not get its turn in the
+// same pass), and timers they install wait for the next turn.
+TEST(VirtualEventLoop, CallbacksMayInstallAndRemoveTimers) {
     VirtualEventLoop loop;
     int firstFired = 0;
     int secondFired = 0;
+    int inner = 0;
     EventLoopTimerRef first = nullptr;
     EventLoopTimerRef second = nullptr;
     first = loop.installTimer(0.0, TICK, [&] {
         ++firstFired;
         loop.removeTimer(first);
         loop.removeTimer(second);
+        loop.installTimer(0.0, TICK, [&] { ++inner; });
     });
     second = loop.installTimer(0.0, TICK, [&] { ++secondFired; });
     loop.processDueTimers();
+    EXPECT_EQ(firstFired, 1);
+    EXPECT_EQ(secondFired, 0);
+    EXPECT_EQ(inner, 0);
     loop.setAudioTime(1.0);
     loop.processDueTimers();
     EXPECT_EQ(firstFired, 1);
-    EXPECT_EQ(secondFired, 0) << "removed before its turn in the same pass";
-    EXPECT_EQ(loop.timerCount(), 0);
-}
-
-TEST(VirtualEventLoop, TimersInstalledDuringATurnWaitForTheNextOne) {
-    VirtualEventLoop loop;
-    int inner = 0;
-    EventLoopTimerRef outer = nullptr;
-    outer = loop.installTimer(0.0, 0.0, [&] {
-        loop.installTimer(0.0, TICK, [&] { ++inner; });
-        loop.removeTimer(outer);
-    });
-    loop.processDueTimers();
-    EXPECT_EQ(inner, 0);
-    loop.processDueTimers();
     EXPECT_EQ(inner, 1);
-}
-
-TEST(VirtualEventLoop, OneShotTimerFiresOnceAndStaysInstalledUntilRemoved) {
-    VirtualEventLoop loop;
-    int fired = 0;
-    EventLoopTimerRef timer = loop.installTimer(0.5, 0.0, [&] { ++fired; });
-    for (double t = 0.0; t < 3.0; t += 0.25) {
-        loop.setAudioTime(t);
-        loop.processDueTimers();
-    }
-    EXPECT_EQ(fired, 1);
     EXPECT_EQ(loop.timerCount(), 1);
-    loop.removeTimer(timer);
-    EXPECT_EQ(loop.timerCount(), 0);
 }
 
 // Qt's loop: the waits below only bound how long a broken loop may hang the test; nothing asserts
@@ -159,33 +111,21 @@ TEST(QtEventLoop, ClockIsPositiveAndNeverGoesBack) {
     }
 }
 
-TEST(QtEventLoop, ZeroDelayTimerFiresOnTheLoopsNextTurnNotInsideInstall) {
-    QtEventLoop loop;
-    int fired = 0;
-    EventLoopTimerRef timer = loop.installTimer(0.0, TICK, [&] { ++fired; });
-    EXPECT_EQ(fired, 0);
-    ASSERT_TRUE(spinUntil([&] { return fired >= 3; }));
-    loop.removeTimer(timer);
-    const int afterRemoval = fired;
-    int marker = 0;
-    EventLoopTimerRef later = loop.installTimer(0.3, 0.0, [&] { ++marker; });
-    ASSERT_TRUE(spinUntil([&] { return marker == 1; }));
-    EXPECT_EQ(fired, afterRemoval) << "a removed timer fired again";
-    loop.removeTimer(later);
-}
-
-TEST(QtEventLoop, ATimerRemovingItselfInItsCallbackStopsSafely) {
+// A timer fires on the loop's turns, never inside installTimer, and stops for good once removed,
+// also from its own callback.
+TEST(QtEventLoop, TimersFireOnTheLoopAndStopWhenRemoved) {
     QtEventLoop loop;
     int fired = 0;
     EventLoopTimerRef timer = nullptr;
     timer = loop.installTimer(0.0, 0.01, [&] {
         if (++fired == 3) loop.removeTimer(timer);
     });
+    EXPECT_EQ(fired, 0);
     ASSERT_TRUE(spinUntil([&] { return fired >= 3; }));
     int marker = 0;
     EventLoopTimerRef later = loop.installTimer(0.2, 0.0, [&] { ++marker; });
     ASSERT_TRUE(spinUntil([&] { return marker == 1; }));
-    EXPECT_EQ(fired, 3);
+    EXPECT_EQ(fired, 3) << "a removed timer fired again";
     loop.removeTimer(later);
 }
 
