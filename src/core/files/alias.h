@@ -7,8 +7,8 @@
 // (device, inode and, where the file system keeps one, birth time; see fileidentity.h), and the file
 // system it lives on: an identity of that file system, its mount point and the object's path inside
 // it. Resolving tries, in order:
-//   1. the object an alias follows (follow()), wherever it has been renamed or moved since;
-//   2. the recorded path, when it holds the recorded object;
+//   1. the recorded path, when it holds the recorded object;
+//   2. the object an alias follows (follow()), wherever it has been renamed or moved since;
 //   3. the same path inside the file system wherever that is mounted now (a drive mounted elsewhere);
 //   4. a bounded search for the object on that file system, starting from the deepest folder of the
 //      old path that still exists (identitysearch.h);

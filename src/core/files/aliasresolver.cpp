@@ -107,11 +107,7 @@ OSStatus AliasResolver::resolve(FSRef& out) {
     if (recorded.isEmpty() || !recorded.startsWith(QLatin1Char('/')))
         return paramErr;
 
-    if (resolveFollowed()) {
-        out.path = alias_.path_;
-        return noErr;
-    }
-
+    // The recorded path first: one stat settles the common case, followed or not.
     const QByteArray path = nativepath::encode(recorded);
     FileIdentity atPath;
     const bool somethingAtPath = readFileIdentity(AT_FDCWD, path.constData(), atPath);
@@ -120,6 +116,10 @@ OSStatus AliasResolver::resolve(FSRef& out) {
         if (atPath.device != alias_.device_)
             alias_.relocate(recorded, atPath);
         out.path = recorded;
+        return noErr;
+    }
+    if (resolveFollowed()) {
+        out.path = alias_.path_;
         return noErr;
     }
 

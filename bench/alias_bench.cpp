@@ -1,0 +1,167 @@
+// Resolving aliases: one whose object is in place, and finding a package that was moved in a home
+// folder of 100,000 files, to a sibling folder (the common case) and deep into another branch (the
+// search's worst case short of its bound), and the cost of that bound for an object that is gone.
+//
+// SYLVORA_BENCH_DIR chooses the folder to build the home folder in (default: the system's temporary
+// folder), so that the search runs on the file system a user's worlds would be on.
+
+#include <benchmark/benchmark.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <memory>
+
+#include "core/files/alias.h"
+#include "core/files/identitysearch.h"
+
+namespace {
+
+using namespace sylvora;
+
+constexpr int TOP_FOLDERS = 20;
+constexpr int SUBFOLDERS = 50;
+constexpr int FILES_PER_FOLDER = 100;  // 20 × 50 × 100 = 100,000 files
+
+// home/Music holds the library of 100,000 files in d00..d19/s00..s49, the package in Worlds and an
+// empty sibling folder Archive.
+class Home {
+public:
+    Home() : dir_(root() + QStringLiteral("/sylvora-alias-bench-XXXXXX")) {
+        music_ = dir_.path() + QStringLiteral("/home/Music");
+        for (int d = 0; d < TOP_FOLDERS; ++d) {
+            for (int s = 0; s < SUBFOLDERS; ++s) {
+                const QString folder = QStringLiteral("%1/d%2/s%3").arg(music_).arg(d, 2, 10, QLatin1Char('0')).arg(s, 2, 10, QLatin1Char('0'));
+                QDir().mkpath(folder);
+                const QByteArray base = QFile::encodeName(folder);
+                for (int f = 0; f < FILES_PER_FOLDER; ++f) {
+                    const QByteArray file = base + "/track" + QByteArray::number(f) + ".flac";
+                    ::close(::open(file.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+                }
+            }
+        }
+        QDir().mkpath(music_ + QStringLiteral("/Worlds/Forest.sylvora/Loop Sounds"));
+        QDir().mkpath(music_ + QStringLiteral("/Archive"));
+        QFile data(package() + QStringLiteral("/data.plist"));
+        if (data.open(QIODevice::WriteOnly)) data.write("<plist/>");
+    }
+
+    QString package() const { return music_ + QStringLiteral("/Worlds/Forest.sylvora"); }
+    QString music() const { return music_; }
+
+    static Home& shared() {
+        static Home home;
+        return home;
+    }
+
+private:
+    static QString root() {
+        const QByteArray chosen = qgetenv("SYLVORA_BENCH_DIR");
+        return chosen.isEmpty() ? QDir::tempPath() : QString::fromLocal8Bit(chosen);
+    }
+
+    QTemporaryDir dir_;
+    QString music_;
+};
+
+QByteArray storedAliasBytes(const QString& path) {
+    FSRef ref;
+    AliasHandle alias;
+    if (FSPathMakeRef(path, ref) != noErr || FSNewAlias(ref, alias) != noErr) return {};
+    return alias->toBytes();
+}
+
+bool rename(const QString& from, const QString& to) {
+    return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
+
+// An alias as the preferences keep it (from its bytes, following nothing) whose package is in place.
+void BM_ResolveInPlace(benchmark::State& state) {
+    const AliasHandle alias = Alias::fromBytes(storedAliasBytes(Home::shared().package()));
+    FSRef out;
+    for (auto _ : state) {
+        if (FSResolveAlias(*alias, out) != noErr) state.SkipWithError("did not resolve");
+        benchmark::DoNotOptimize(out);
+    }
+}
+BENCHMARK(BM_ResolveInPlace);
+
+// An alias of the open world, which follows its package.
+void BM_ResolveFollowedInPlace(benchmark::State& state) {
+    const AliasHandle alias = Alias::fromBytes(storedAliasBytes(Home::shared().package()));
+    alias->follow();
+    FSRef out;
+    for (auto _ : state) {
+        if (FSResolveAlias(*alias, out) != noErr) state.SkipWithError("did not resolve");
+        benchmark::DoNotOptimize(out);
+    }
+}
+BENCHMARK(BM_ResolveFollowedInPlace);
+
+// The package moved to `relativeTarget` under Music; each resolution starts from the stored bytes,
+// with nothing remembered, and takes the search.
+void resolveMoved(benchmark::State& state, const QString& relativeTarget) {
+    Home& home = Home::shared();
+    const QByteArray bytes = storedAliasBytes(home.package());
+    const QString moved = home.music() + QLatin1Char('/') + relativeTarget;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const AliasHandle alias = Alias::fromBytes(bytes);
+        if (!rename(home.package(), moved)) state.SkipWithError("cannot move the package");
+        state.ResumeTiming();
+        FSRef out;
+        const OSStatus status = FSResolveAlias(*alias, out);
+        state.PauseTiming();
+        if (status != noErr || out.path != moved) state.SkipWithError("the moved package was not found");
+        rename(moved, home.package());
+        state.ResumeTiming();
+    }
+    // How many directory entries the search looked at, counted by a search of its own.
+    const AliasHandle alias = Alias::fromBytes(bytes);
+    const auto mounts = MountTable::current();
+    FileIdentity identity;
+    readFileIdentity(AT_FDCWD, QFile::encodeName(home.package()).constData(), identity);
+    if (const MountEntry* mount = mounts->mountOf(QFile::encodeName(home.package()), identity)) {
+        rename(home.package(), moved);
+        IdentitySearch search(*mount, alias->inode(), alias->birthTime());
+        search.find(QFile::encodeName(home.package()));
+        rename(moved, home.package());
+        state.counters["entries"] = static_cast<double>(search.entriesVisited());
+    }
+}
+
+void BM_FindPackageMovedToSiblingFolder(benchmark::State& state) {
+    resolveMoved(state, QStringLiteral("Archive/Forest.sylvora"));
+}
+BENCHMARK(BM_FindPackageMovedToSiblingFolder)->Unit(benchmark::kMillisecond);
+
+void BM_FindPackageMovedDeepIntoTheLibrary(benchmark::State& state) {
+    resolveMoved(state, QStringLiteral("d19/s49/Forest.sylvora"));
+}
+BENCHMARK(BM_FindPackageMovedDeepIntoTheLibrary)->Unit(benchmark::kMillisecond);
+
+// An object that is gone: the search runs to its bound (or to the end of the file system).
+void BM_SearchForAnObjectThatIsGone(benchmark::State& state) {
+    Home& home = Home::shared();
+    const QString doomed = home.music() + QStringLiteral("/Worlds/gone.wav");
+    QFile file(doomed);
+    if (!file.open(QIODevice::WriteOnly)) state.SkipWithError("cannot write");
+    file.close();
+    const QByteArray bytes = storedAliasBytes(doomed);
+    QFile::remove(doomed);
+    for (auto _ : state) {
+        state.PauseTiming();
+        const AliasHandle alias = Alias::fromBytes(bytes);
+        state.ResumeTiming();
+        FSRef out;
+        if (FSResolveAlias(*alias, out) == noErr) state.SkipWithError("a deleted file resolved");
+    }
+}
+BENCHMARK(BM_SearchForAnObjectThatIsGone)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+BENCHMARK_MAIN();
