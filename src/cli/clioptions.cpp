@@ -13,16 +13,18 @@ Command commandNamed(const QString& name) {
     if (name == u"play") return Command::Play;
     if (name == u"render") return Command::Render;
     if (name == u"info") return Command::Info;
+    if (name == u"make") return Command::Make;
     return Command::None;
 }
 
 bool commandTakes(Command command, const QString& option) {
     switch (command) {
-    case Command::Play: return option == u"--volume" || option == u"--duration";
+    case Command::Play: return option == u"--volume" || option == u"--duration" || option == u"--sleep";
     case Command::Render:
         return option == u"--output" || option == u"-o" || option == u"--duration" ||
                option == u"--seed" || option == u"--rate";
     case Command::Info: return option == u"--json";
+    case Command::Make: return option == u"--output" || option == u"-o" || option == u"--name";
     case Command::None: return false;
     }
     return false;
@@ -43,6 +45,22 @@ QString applyOption(CliOptions& options, const QString& option, const QString& v
             return QStringLiteral("--duration wants a time such as 90, 90s, 10m or 1h30m, not '%1'").arg(value);
         }
         options.duration = seconds;
+    } else if (option == u"--sleep") {
+        const std::optional<double> seconds = parseDuration(value);
+        if (!seconds || *seconds <= 0.0) {
+            return QStringLiteral("--sleep wants a time such as 30m, 1h or 90, not '%1'").arg(value);
+        }
+        options.sleep = seconds;
+    } else if (option == u"--name") {
+        if (value.trimmed().isEmpty()) {
+            return QStringLiteral("--name wants the world's name");
+        }
+        options.name = value.trimmed();
+    } else if ((option == u"--output" || option == u"-o") && options.command == Command::Make) {
+        if (!value.endsWith(u".sylvora", Qt::CaseInsensitive)) {
+            return QStringLiteral("the world package's name must end in .sylvora: '%1'").arg(value);
+        }
+        options.output = value;
     } else if (option == u"--output" || option == u"-o") {
         const QString lower = value.toLower();
         if (!lower.endsWith(u".wav") && !lower.endsWith(u".flac")) {
@@ -144,6 +162,10 @@ ParseResult parseCommandLine(const QStringList& arguments) {
         result.error = QStringLiteral("no command given");
         return result;
     }
+    if (positional.isEmpty() && options.command == Command::Make) {
+        result.error = QStringLiteral("no folder of sounds given");
+        return result;
+    }
     if (positional.isEmpty()) {
         result.error = QStringLiteral("no world package given");
         return result;
@@ -167,14 +189,16 @@ QString usageText(Command command) {
     switch (command) {
     case Command::Play:
         return QStringLiteral(
-            "Usage: sylvora-cli play WORLD [--volume 0..1] [--duration TIME]\n"
+            "Usage: sylvora-cli play WORLD [--volume 0..1] [--duration TIME] [--sleep TIME]\n"
             "\n"
             "Plays a world on the default sound device until Ctrl+C or the duration, with a live\n"
             "status line. Ctrl+C fades out over one second. Without a device the world plays into\n"
             "a silent output.\n"
             "\n"
             "  --volume V      master volume from 0 to 1 (default 1)\n"
-            "  --duration TIME stop after TIME: seconds, or forms like 90s, 10m, 1h30m\n");
+            "  --duration TIME stop after TIME: seconds, or forms like 90s, 10m, 1h30m\n"
+            "  --sleep TIME    a sleep timer: the world fades out over the last 30 s of TIME,\n"
+            "                  then stops; the status line shows the time left\n");
     case Command::Render:
         return QStringLiteral(
             "Usage: sylvora-cli render WORLD -o FILE.wav|FILE.flac --duration TIME [--seed N] [--rate HZ]\n"
@@ -195,18 +219,32 @@ QString usageText(Command command) {
             "entries the loader skipped, and the load status. Exits with 1 when the load failed.\n"
             "\n"
             "  --json  one JSON object instead of text\n");
+    case Command::Make:
+        return QStringLiteral(
+            "Usage: sylvora-cli make FOLDER [-o WORLD.sylvora] [--name NAME]\n"
+            "\n"
+            "Makes a world package from a folder of sound files: sounds of 20 s or more become\n"
+            "loop sounds, shorter ones environment sounds heard again after intervals that grow\n"
+            "with their length, the first picture becomes the world's picture, and the folder's\n"
+            "name the world's name. Says what went where and why; files that cannot be decoded\n"
+            "are listed and skipped. An existing package is never replaced.\n"
+            "\n"
+            "  -o, --output WORLD.sylvora  the package to write (default: NAME.sylvora here)\n"
+            "  --name NAME                 the world's name (default: the folder's name)\n");
     case Command::None: break;
     }
     return QStringLiteral(
-        "Usage: sylvora-cli COMMAND WORLD [OPTIONS]\n"
+        "Usage: sylvora-cli COMMAND WORLD|FOLDER [OPTIONS]\n"
         "\n"
-        "Plays, renders and describes Sylvora worlds (.sylvora packages) without a window.\n"
+        "Plays, renders, describes and makes Sylvora worlds (.sylvora packages) without a window.\n"
         "\n"
         "Commands:\n"
-        "  play WORLD [--volume 0..1] [--duration TIME]       play on the default sound device\n"
+        "  play WORLD [--volume 0..1] [--duration TIME] [--sleep TIME]\n"
+        "                                                     play on the default sound device\n"
         "  render WORLD -o FILE --duration TIME [--seed N] [--rate HZ]\n"
         "                                                     render into a .wav or .flac file\n"
         "  info WORLD [--json]                                describe a world package\n"
+        "  make FOLDER [-o WORLD.sylvora] [--name NAME]       make a world from sound files\n"
         "\n"
         "Run 'sylvora-cli COMMAND --help' for a command's options, 'sylvora-cli --version' for the\n"
         "version.\n");

@@ -8,7 +8,7 @@
 
 namespace sylvora::cli {
 
-enum class Command { None, Play, Render, Info };
+enum class Command { None, Play, Render, Info, Make };
 
 struct CliOptions {
     Command command = Command::None;
@@ -18,12 +18,15 @@ struct CliOptions {
     // play
     std::optional<double> volume;
     std::optional<double> duration;  // seconds; required by render
+    std::optional<double> sleep;     // seconds until the sleep timer's fade has ended
     // render
     QString output;
     std::optional<unsigned> seed;
     int rate = 48000;
     // info
     bool json = false;
+    // make: `world` is the folder, `output` the package (optional), `name` the world's name
+    QString name;
 };
 
 struct ParseResult {

@@ -7,6 +7,7 @@
 
 #include "cli/clioptions.h"
 #include "cli/infocommand.h"
+#include "cli/makecommand.h"
 #include "cli/playcommand.h"
 #include "cli/rendercommand.h"
 #include "core/platform/beep.h"
@@ -35,6 +36,7 @@ int main(int argc, char** argv) {
                      options.command == Command::Play     ? "play "
                      : options.command == Command::Render ? "render "
                      : options.command == Command::Info   ? "info "
+                     : options.command == Command::Make   ? "make "
                                                           : "");
         return EXIT_USAGE;
     }
@@ -50,6 +52,7 @@ int main(int argc, char** argv) {
     case Command::Play: return runPlay(options);
     case Command::Render: return runRender(options);
     case Command::Info: return runInfo(options);
+    case Command::Make: return runMake(options);
     case Command::None: break;
     }
     return EXIT_USAGE;

@@ -41,6 +41,7 @@ int runPlay(const CliOptions& options) {
     world.setVolume(options.volume.value_or(1.0));
 
     PlaySession session(world, world.getName(), options.duration);
+    session.setSleep(options.sleep);
     const SignalPipe interrupts([&session](int) {
         // Ctrl+C fades out; a second one, or SIGTERM during the fade, stops at once.
         static int received = 0;

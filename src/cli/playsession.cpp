@@ -31,6 +31,13 @@ double PlaySession::elapsed() const {
 void PlaySession::begin() {
     startedAt = world.getEventLoop().currentEventTime();
     world.start();
+    if (sleepSeconds) {
+        sleepTimer = std::make_unique<SleepTimer>(world);
+        sleepTimer->setListener([this] {
+            if (!sleepTimer->isActive() && fadeTick < 0) finish(true);  // it has run out
+        });
+        sleepTimer->start(*sleepSeconds);
+    }
     scheduleStatus();
     if (duration) {
         // The fade ends at the duration rather than a second after it.
@@ -52,6 +59,11 @@ void PlaySession::finish(bool immediately) {
     if (fadeTick < 0 && !immediately) {
         fadeTick = 0;
         volumeBeforeFade = world.getVolume();
+        if (sleepTimer) {
+            // The one-second fade takes over from wherever the sleep timer's fade has got to.
+            sleepTimer->cancel();
+            world.setVolume(volumeBeforeFade);
+        }
         fadeTimer.start();
         return;
     }
@@ -98,6 +110,9 @@ void PlaySession::showStatus() {
     parts << QStringLiteral("last heard: %1").arg(heard);
     if (live) {
         parts << QStringLiteral("volume %1%").arg(std::lround(world.getVolume() * 100.0));
+        if (sleepTimer && sleepTimer->isActive()) {
+            parts << QStringLiteral("sleep in %1").arg(formatClock(std::ceil(sleepTimer->secondsLeft())));
+        }
     }
     if (const std::uint64_t underruns = world.getEngine().underruns(); underruns > 0) {
         parts << QStringLiteral("underruns %1").arg(underruns);
