@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <QFile>
+#include <QProcess>
 #include <QtEndian>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 #include "core/files/alias.h"
 #include "core/files/morefilesx.h"
@@ -291,6 +293,54 @@ TEST(AliasVolumes, WorldOnAnUnmountedFileSystemIsNoSuchVolumeAndStaysKnown) {
     EXPECT_EQ(prefs.getNumKnownWorlds(), 1);
     EXPECT_EQ(menu.items, 1);
     EXPECT_EQ(FSResolveAlias(*prefs.getIndKnownWorldAlias(0), out), nsvErr);
+}
+
+// Runs a system tool; its standard output, or none when it failed.
+std::optional<QString> run(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        return std::nullopt;
+    return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
+}
+
+// A drive plugged in again under another mount point: the world is found at the same place inside
+// its file system. An ext4 image on a loop device stands for the drive (root, mkfs.ext4, losetup).
+TEST(AliasVolumes, DriveMountedElsewhereIsFoundThere) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "mounting a loop device needs root, and this suite runs as uid " << ::geteuid();
+    TempDir dir;
+    const QString image = dir.filePath("drive.img");
+    QFile imageFile(image);
+    ASSERT_TRUE(imageFile.open(QIODevice::WriteOnly) && imageFile.resize(8 << 20));
+    imageFile.close();
+    if (!run(QStringLiteral("mkfs.ext4"), {QStringLiteral("-q"), QStringLiteral("-F"), image}))
+        GTEST_SKIP() << "mkfs.ext4 could not format an image";
+    const QString device =
+        run(QStringLiteral("losetup"), {QStringLiteral("-f"), QStringLiteral("--show"), image}).value_or(QString());
+    if (device.isEmpty())
+        GTEST_SKIP() << "no loop device could be attached (a container without loop devices)";
+    struct Detach {
+        QString device;
+        QByteArray first, second;
+        ~Detach() {
+            ::umount2(first.constData(), MNT_DETACH);
+            ::umount2(second.constData(), MNT_DETACH);
+            run(QStringLiteral("losetup"), {QStringLiteral("-d"), device});
+        }
+    } detach{device, QFile::encodeName(dir.makeDir("first")), QFile::encodeName(dir.makeDir("second"))};
+    const QByteArray source = QFile::encodeName(device);
+    if (::mount(source.constData(), detach.first.constData(), "ext4", 0, nullptr) != 0)
+        GTEST_SKIP() << "running as root but mount(2) refused the loop device (" << std::strerror(errno) << ")";
+
+    const QString package = dir.makeDir("first/Worlds/Rain.sylvora");
+    const AliasHandle alias = storedAliasOf(package);
+    ASSERT_EQ(::umount(detach.first.constData()), 0) << std::strerror(errno);
+    ASSERT_EQ(::mount(source.constData(), detach.second.constData(), "ext4", 0, nullptr), 0) << std::strerror(errno);
+    EXPECT_EQ(resolved(*alias), dir.filePath("second/Worlds/Rain.sylvora"));
+    ASSERT_EQ(::umount(detach.second.constData()), 0) << std::strerror(errno);
+    FSRef out;
+    EXPECT_EQ(FSResolveAlias(*alias, out), nsvErr);
 }
 
 }  // namespace
