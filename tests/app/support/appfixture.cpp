@@ -1,0 +1,186 @@
+#include "app/support/appfixture.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QAbstractButton>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPointer>
+#include <QSettings>
+#include <QTimer>
+#include <deque>
+#include <vector>
+
+#include "app/shell/startup.h"
+#include "support/worldfixture.h"
+
+namespace sylvora::test {
+
+namespace {
+
+struct PendingAnswer {
+    std::function<void(QWidget*)> answer;
+    QElapsedTimer waited;
+    int timeoutMs;
+};
+
+struct ModalAnswerer {
+    std::deque<PendingAnswer> pending;
+    std::vector<QPointer<QWidget>> answered;
+    bool timedOut = false;
+    QTimer poll;
+
+    ModalAnswerer() {
+        poll.setInterval(10);
+        QObject::connect(&poll, &QTimer::timeout, [this] { step(); });
+    }
+
+    bool alreadyAnswered(QWidget* widget) const {
+        for (const QPointer<QWidget>& seen : answered) {
+            if (seen == widget) return true;
+        }
+        return false;
+    }
+
+    void step() {
+        if (pending.empty()) {
+            poll.stop();
+            return;
+        }
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal != nullptr && modal->isVisible() && !alreadyAnswered(modal)) {
+            answered.emplace_back(modal);
+            auto answer = std::move(pending.front().answer);
+            pending.pop_front();
+            if (!pending.empty()) pending.front().waited.start();
+            answer(modal);  // may block in a nested loop of its own; this timer still runs there
+        } else if (pending.front().waited.hasExpired(pending.front().timeoutMs)) {
+            ADD_FAILURE() << "no modal dialog came up to be answered";
+            timedOut = true;
+            pending.clear();
+        }
+    }
+};
+
+ModalAnswerer& answerer() {
+    static auto* instance = new ModalAnswerer();  // lives as long as the QApplication's timers do
+    return *instance;
+}
+
+}  // namespace
+
+bool processEventsUntil(const std::function<bool()>& done, int timeoutMs) {
+    QElapsedTimer waited;
+    waited.start();
+    QTimer wake;  // so that waiting for events never outlasts the deadline
+    wake.start(5);
+    while (!done()) {
+        if (waited.hasExpired(timeoutMs)) return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return true;
+}
+
+void answerNextModal(std::function<void(QWidget*)> answer, int timeoutMs) {
+    ModalAnswerer& a = answerer();
+    a.pending.push_back({std::move(answer), QElapsedTimer(), timeoutMs});
+    if (a.pending.size() == 1) a.pending.front().waited.start();
+    a.poll.start();
+}
+
+bool waitForAnswers(int timeoutMs) {
+    ModalAnswerer& a = answerer();
+    const bool drained = processEventsUntil([&a] { return a.pending.empty(); }, timeoutMs);
+    const bool ok = drained && !a.timedOut;
+    a.pending.clear();
+    a.timedOut = false;
+    return ok;
+}
+
+void answerMessageBox(int standardButton, MessageSeen* seen) {
+    answerNextModal([standardButton, seen](QWidget* modal) {
+        auto* box = qobject_cast<QMessageBox*>(modal);
+        ASSERT_NE(box, nullptr) << "a " << modal->metaObject()->className() << " came up, not a message box";
+        if (seen != nullptr) *seen = {box->text(), box->informativeText(), box->detailedText()};
+        QAbstractButton* button = box->button(static_cast<QMessageBox::StandardButton>(standardButton));
+        ASSERT_NE(button, nullptr);
+        button->click();
+    });
+}
+
+void answerFileDialog(const QString& path) {
+    answerNextModal([path](QWidget* modal) {
+        auto* dialog = qobject_cast<QFileDialog*>(modal);
+        ASSERT_NE(dialog, nullptr) << "a " << modal->metaObject()->className() << " came up, not a file dialog";
+        const QFileInfo chosen(path);
+        dialog->setDirectory(chosen.absolutePath());
+        dialog->selectFile(chosen.fileName());
+        static_cast<QDialog*>(dialog)->accept();  // the world dialogs' own accept, as the button would
+    });
+}
+
+void cancelNextDialog() {
+    answerNextModal([](QWidget* modal) {
+        if (auto* box = qobject_cast<QMessageBox*>(modal)) box->button(QMessageBox::Cancel)->click();
+        else if (auto* dialog = qobject_cast<QDialog*>(modal)) dialog->reject();
+    });
+}
+
+bool quitsWhile(const std::function<void()>& act, int timeoutMs) {
+    QEventLoop loop;
+    bool timedOut = false;
+    QTimer::singleShot(0, &loop, act);
+    QTimer::singleShot(timeoutMs, &loop, [&] {
+        timedOut = true;
+        loop.exit(1);
+    });
+    loop.exec();
+    return !timedOut;
+}
+
+AppTest::AppTest() {
+    // Qt remembers the settings folder on first use, so the folder is set both ways: for this
+    // process and for anything the application starts.
+    const QString config = dir.makeDir(QStringLiteral("config"));
+    qputenv("XDG_CONFIG_HOME", config.toUtf8());
+    qputenv("XDG_CACHE_HOME", dir.makeDir(QStringLiteral("cache")).toUtf8());
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, config);
+    startApp();
+}
+
+AppTest::~AppTest() {
+    for (int left = 5; left > 0 && QApplication::activeModalWidget() != nullptr; --left) {
+        QApplication::activeModalWidget()->close();  // a dialog a failed test left up
+    }
+    shutDownApp();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void AppTest::startApp() {
+    app::startUp(app::StartUpOptions{.audioDevice = false, .tray = false});
+    running_ = true;
+}
+
+void AppTest::shutDownApp() {
+    if (!running_) return;
+    running_ = false;
+    app::shutDown();
+}
+
+QString AppTest::settingsFile() const { return dir.filePath(QStringLiteral("config/Sylvora/Sylvora.ini")); }
+
+QString AppTest::makeWorldPackage(const QString& name, const QString& folder) {
+    const QString parent = folder.isEmpty() ? dir.path() : folder;
+    WorldFixture maker;
+    maker.world.setName(name);
+    EXPECT_NE(maker.addLoop(maker.writeSound(QStringLiteral("loop.wav"), 0.5)), 0u);
+    const QString packageName = name + QStringLiteral(".sylvora");
+    EXPECT_EQ(maker.world.doSaveAs(refOf(parent), packageName), 0);
+    return QDir(parent).filePath(packageName);
+}
+
+}  // namespace sylvora::test
