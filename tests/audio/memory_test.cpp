@@ -72,36 +72,6 @@ TEST(Memory, LongSoundIsStreamedThroughARingHeldOnlyWhileNeeded) {
     EXPECT_EQ(engine.ringsInUse(), 0u) << "stop releases the ring once its fade has played";
 }
 
-TEST(Memory, StreamedVoicesKeepUpAtRealTimePace) {
-    TempDir dir;
-    ToneSpec tone;
-    tone.seconds = 8.0;
-    tone.sampleRate = 44100;
-    Engine engine;
-    std::vector<std::unique_ptr<audio::SoundInstance>> sounds;
-    for (int i = 0; i < 12; ++i) {
-        tone.frequency = 200.0 + 50.0 * i;
-        sounds.push_back(openOrFail(engine, makeSound(dir, QStringLiteral("loop%1.ogg").arg(i), tone)));
-        ASSERT_TRUE(sounds.back());
-        sounds.back()->setVolume(20);
-        sounds.back()->prepareToStart();
-    }
-    engine.waitForStreams();
-    auto output = audio::makeNullOutput(engine);
-    ASSERT_TRUE(output->start());
-    for (auto& sound : sounds)
-        sound->start();
-    // Two seconds of ticks, as the scheduler would run them.
-    for (int tick = 0; tick < 30; ++tick) {
-        engine.service();
-        std::this_thread::sleep_for(std::chrono::milliseconds(66));
-    }
-    output->stop();
-    EXPECT_EQ(engine.underruns(), 0u);
-    for (auto& sound : sounds)
-        EXPECT_GT(sound->time(), 44100) << "every voice advanced";
-}
-
 TEST(Memory, DisposingPlayingInstancesIsSafeMidMix) {
     TempDir dir;
     ToneSpec shortTone;

@@ -1,14 +1,11 @@
-// Outputs: the file writer that offline renders go through, and the outputs that pull the engine.
+// The file writer that offline renders go through. (The null output is what the memory tests and
+// sylvora-cli without a device play through; a real device is the end-to-end test's.)
 
 #include <gtest/gtest.h>
 
 #include <sndfile.h>
 
-#include <chrono>
-#include <thread>
-
 #include "audio/outputs/file/audiofilewriter.h"
-#include "audio/outputs/output.h"
 #include "enginetestsupport.h"
 
 namespace sylvora::test {
@@ -56,39 +53,6 @@ TEST(Outputs, FileWriterWritesTheRenderedMixAsWavOrFlac) {
         for (std::size_t i = 0; i < mix.size(); ++i)
             ASSERT_NEAR(back[i], mix[i], 1e-6) << name << " sample " << i;
     }
-}
-
-TEST(Outputs, FileWriterReportsAFileItCannotCreate) {
-    TempDir dir;
-    std::string error;
-    EXPECT_FALSE(AudioFileWriter::create(dir.filePath(QStringLiteral("no/such/dir/out.wav")).toStdString(),
-                                         48000, error));
-    EXPECT_FALSE(error.empty());
-}
-
-TEST(Outputs, NullOutputPlaysOnWithoutADevice) {
-    TempDir dir;
-    ToneSpec tone;
-    tone.seconds = 0.2;
-    Engine engine;
-    auto sound = openOrFail(engine, makeSound(dir, QStringLiteral("tone.wav"), tone));
-    ASSERT_TRUE(sound);
-    auto output = audio::makeNullOutput(engine);
-    EXPECT_FALSE(output->description().empty());
-    ASSERT_TRUE(output->start());
-    sound->start();
-    for (int i = 0; i < 200 && !sound->isDone(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    output->stop();
-    EXPECT_TRUE(sound->isDone()) << "the null output pulled the sound to its end";
-}
-
-TEST(Outputs, DefaultOutputAlwaysGivesSomethingToPull) {
-    Engine engine;
-    auto output = audio::openDefaultOutput(engine);
-    ASSERT_TRUE(output);
-    EXPECT_TRUE(output->start());
-    output->stop();
 }
 
 }  // namespace
