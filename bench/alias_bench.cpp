@@ -29,12 +29,15 @@ constexpr int FILES_PER_FOLDER = 100;  // 20 × 50 × 100 = 100,000 files
 // home/Music holds the library of 100,000 files in d00..d19/s00..s49, the package in Worlds and an
 // empty sibling folder Archive.
 class Home {
-public:
+  public:
     Home() : dir_(root() + QStringLiteral("/sylvora-alias-bench-XXXXXX")) {
         music_ = dir_.path() + QStringLiteral("/home/Music");
         for (int d = 0; d < TOP_FOLDERS; ++d) {
             for (int s = 0; s < SUBFOLDERS; ++s) {
-                const QString folder = QStringLiteral("%1/d%2/s%3").arg(music_).arg(d, 2, 10, QLatin1Char('0')).arg(s, 2, 10, QLatin1Char('0'));
+                const QString folder = QStringLiteral("%1/d%2/s%3")
+                                           .arg(music_)
+                                           .arg(d, 2, 10, QLatin1Char('0'))
+                                           .arg(s, 2, 10, QLatin1Char('0'));
                 QDir().mkpath(folder);
                 const QByteArray base = QFile::encodeName(folder);
                 for (int f = 0; f < FILES_PER_FOLDER; ++f) {
@@ -46,7 +49,8 @@ public:
         QDir().mkpath(music_ + QStringLiteral("/Worlds/Forest.sylvora/Loop Sounds"));
         QDir().mkpath(music_ + QStringLiteral("/Archive"));
         QFile data(package() + QStringLiteral("/data.plist"));
-        if (data.open(QIODevice::WriteOnly)) data.write("<plist/>");
+        if (data.open(QIODevice::WriteOnly))
+            data.write("<plist/>");
     }
 
     QString package() const { return music_ + QStringLiteral("/Worlds/Forest.sylvora"); }
@@ -57,7 +61,7 @@ public:
         return home;
     }
 
-private:
+  private:
     static QString root() {
         const QByteArray chosen = qgetenv("SYLVORA_BENCH_DIR");
         return chosen.isEmpty() ? QDir::tempPath() : QString::fromLocal8Bit(chosen);
@@ -70,7 +74,8 @@ private:
 QByteArray storedAliasBytes(const QString& path) {
     FSRef ref;
     AliasHandle alias;
-    if (FSPathMakeRef(path, ref) != noErr || FSNewAlias(ref, alias) != noErr) return {};
+    if (FSPathMakeRef(path, ref) != noErr || FSNewAlias(ref, alias) != noErr)
+        return {};
     return alias->toBytes();
 }
 
@@ -83,7 +88,8 @@ void BM_ResolveInPlace(benchmark::State& state) {
     const AliasHandle alias = Alias::fromBytes(storedAliasBytes(Home::shared().package()));
     FSRef out;
     for (auto _ : state) {
-        if (FSResolveAlias(*alias, out) != noErr) state.SkipWithError("did not resolve");
+        if (FSResolveAlias(*alias, out) != noErr)
+            state.SkipWithError("did not resolve");
         benchmark::DoNotOptimize(out);
     }
 }
@@ -95,7 +101,8 @@ void BM_ResolveFollowedInPlace(benchmark::State& state) {
     alias->follow();
     FSRef out;
     for (auto _ : state) {
-        if (FSResolveAlias(*alias, out) != noErr) state.SkipWithError("did not resolve");
+        if (FSResolveAlias(*alias, out) != noErr)
+            state.SkipWithError("did not resolve");
         benchmark::DoNotOptimize(out);
     }
 }
@@ -110,12 +117,14 @@ void resolveMoved(benchmark::State& state, const QString& relativeTarget) {
     for (auto _ : state) {
         state.PauseTiming();
         const AliasHandle alias = Alias::fromBytes(bytes);
-        if (!rename(home.package(), moved)) state.SkipWithError("cannot move the package");
+        if (!rename(home.package(), moved))
+            state.SkipWithError("cannot move the package");
         state.ResumeTiming();
         FSRef out;
         const OSStatus status = FSResolveAlias(*alias, out);
         state.PauseTiming();
-        if (status != noErr || out.path != moved) state.SkipWithError("the moved package was not found");
+        if (status != noErr || out.path != moved)
+            state.SkipWithError("the moved package was not found");
         rename(moved, home.package());
         state.ResumeTiming();
     }
@@ -148,7 +157,8 @@ void BM_SearchForAnObjectThatIsGone(benchmark::State& state) {
     Home& home = Home::shared();
     const QString doomed = home.music() + QStringLiteral("/Worlds/gone.wav");
     QFile file(doomed);
-    if (!file.open(QIODevice::WriteOnly)) state.SkipWithError("cannot write");
+    if (!file.open(QIODevice::WriteOnly))
+        state.SkipWithError("cannot write");
     file.close();
     const QByteArray bytes = storedAliasBytes(doomed);
     QFile::remove(doomed);
@@ -157,7 +167,8 @@ void BM_SearchForAnObjectThatIsGone(benchmark::State& state) {
         const AliasHandle alias = Alias::fromBytes(bytes);
         state.ResumeTiming();
         FSRef out;
-        if (FSResolveAlias(*alias, out) == noErr) state.SkipWithError("a deleted file resolved");
+        if (FSResolveAlias(*alias, out) == noErr)
+            state.SkipWithError("a deleted file resolved");
     }
 }
 BENCHMARK(BM_SearchForAnObjectThatIsGone)->Unit(benchmark::kMillisecond);

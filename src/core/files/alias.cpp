@@ -67,7 +67,11 @@ bool isAbsolutePath(const QByteArray& path) {
 
 Alias::Alias(QString path, quint64 device, quint64 inode, std::optional<BirthTime> birthTime,
              std::optional<VolumeRecord> volume)
-    : path_(std::move(path)), device_(device), inode_(inode), birthTime_(birthTime), volume_(std::move(volume)) {}
+    : path_(std::move(path)),
+      device_(device),
+      inode_(inode),
+      birthTime_(birthTime),
+      volume_(std::move(volume)) {}
 
 std::unique_ptr<Alias> Alias::copy() const {
     refreshFromFollowed();
@@ -79,7 +83,8 @@ void Alias::relocate(const QString& path, const FileIdentity& identity) const {
     device_ = identity.device;
     inode_ = identity.inode;
     birthTime_ = identity.birthTime;
-    if (std::optional<VolumeRecord> volume = AliasResolver::describeVolume(nativepath::encode(path), identity))
+    if (std::optional<VolumeRecord> volume =
+            AliasResolver::describeVolume(nativepath::encode(path), identity))
         volume_ = std::move(volume);
 }
 
@@ -156,7 +161,8 @@ std::unique_ptr<Alias> Alias::fromBytes(const QByteArray& bytes) {
         if (!readField(bytes, offset, record.volumeId) || !readField(bytes, offset, record.mountPoint) ||
             !readField(bytes, offset, record.pathOnVolume))
             return nullptr;
-        if (record.volumeId.isEmpty() || !isAbsolutePath(record.mountPoint) || !isAbsolutePath(record.pathOnVolume))
+        if (record.volumeId.isEmpty() || !isAbsolutePath(record.mountPoint) ||
+            !isAbsolutePath(record.pathOnVolume))
             return nullptr;
         volume = std::move(record);
     }

@@ -42,7 +42,7 @@ struct VolumeRecord {
 };
 
 class Alias {
-public:
+  public:
     // No birth time: the file system did not report one, and device plus inode are all there is.
     // No volume: an alias from before volumes were recorded, found again by its device number.
     Alias(QString path, quint64 device, quint64 inode, std::optional<BirthTime> birthTime = std::nullopt,
@@ -72,7 +72,7 @@ public:
     void follow();
     bool isFollowing() const { return followed_.valid(); }
 
-private:
+  private:
     friend OSStatus FSResolveAlias(const Alias& alias, FSRef& out);
     friend class AliasResolver;
 

@@ -26,7 +26,8 @@ QByteArray canonicalPath(const QByteArray& path) {
 
 }  // namespace
 
-std::optional<VolumeRecord> AliasResolver::describeVolume(const QByteArray& path, const FileIdentity& identity) {
+std::optional<VolumeRecord> AliasResolver::describeVolume(const QByteArray& path,
+                                                          const FileIdentity& identity) {
     const std::shared_ptr<const MountTable> table = MountTable::current();
     const QByteArray canonical = canonicalPath(path);
     const MountEntry* mount = table->mountOf(canonical, identity);
@@ -133,8 +134,9 @@ OSStatus AliasResolver::resolve(FSRef& out) {
     QByteArray lastSeen;
     for (const MountEntry* mount : volumeMounts) {
         const std::optional<QByteArray> through =
-            alias_.volume_ ? mount->pathThroughMount(alias_.volume_->pathOnVolume)
-                           : (mount->pathOnVolume(canonicalPath(path)) ? std::optional<QByteArray>(path) : std::nullopt);
+            alias_.volume_
+                ? mount->pathThroughMount(alias_.volume_->pathOnVolume)
+                : (mount->pathOnVolume(canonicalPath(path)) ? std::optional<QByteArray>(path) : std::nullopt);
         if (!through)
             continue;
         if (*through != path && acceptAt(*through)) {

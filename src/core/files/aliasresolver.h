@@ -13,7 +13,7 @@
 namespace sylvora {
 
 class AliasResolver {
-public:
+  public:
     explicit AliasResolver(const Alias& alias) : alias_(alias) {}
 
     OSStatus resolve(FSRef& out);
@@ -25,7 +25,7 @@ public:
     // mount table cannot be read.
     static std::optional<VolumeRecord> describeVolume(const QByteArray& path, const FileIdentity& identity);
 
-private:
+  private:
     bool isRecordedObject(const QByteArray& path, const FileIdentity& found);
     bool acceptAt(const QByteArray& path);
     const MountTable& mounts();

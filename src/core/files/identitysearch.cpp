@@ -27,7 +27,10 @@ bool isDotOrDotDot(const char* name) {
 }  // namespace
 
 IdentitySearch::IdentitySearch(const MountEntry& mount, quint64 inode, std::optional<BirthTime> birthTime)
-    : mount_(mount), inode_(inode), birthTime_(birthTime), direntInodesAreReal_(mount.direntInodesAreReal()) {}
+    : mount_(mount),
+      inode_(inode),
+      birthTime_(birthTime),
+      direntInodesAreReal_(mount.direntInodesAreReal()) {}
 
 bool IdentitySearch::outOfBudget() {
     // The clock is read every 64 entries: often enough to keep within a millisecond of the bound.

@@ -19,7 +19,7 @@
 namespace sylvora {
 
 class IdentitySearch {
-public:
+  public:
     static constexpr std::size_t MAX_ENTRIES = 100000;
     static constexpr std::chrono::milliseconds MAX_TIME{200};
 
@@ -30,7 +30,7 @@ public:
 
     std::size_t entriesVisited() const { return visited_; }
 
-private:
+  private:
     std::optional<QByteArray> searchBelow(const QByteArray& folder, const QByteArray& skipName);
     bool outOfBudget();
 

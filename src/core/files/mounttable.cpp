@@ -119,7 +119,8 @@ bool isPathPrefix(const QByteArray& prefix, const QByteArray& path) {
 std::optional<QByteArray> MountEntry::pathOnVolume(const QByteArray& canonicalPath) const {
     if (!isPathPrefix(mountPoint, canonicalPath))
         return std::nullopt;
-    const QByteArray tail = mountPoint == "/" ? canonicalPath.mid(1) : canonicalPath.mid(mountPoint.size() + 1);
+    const QByteArray tail =
+        mountPoint == "/" ? canonicalPath.mid(1) : canonicalPath.mid(mountPoint.size() + 1);
     if (tail.isEmpty())
         return root;
     return root == "/" ? '/' + tail : root + '/' + tail;
@@ -136,8 +137,8 @@ std::optional<QByteArray> MountEntry::pathThroughMount(const QByteArray& onVolum
 
 bool MountEntry::direntInodesAreReal() const {
     // Overlay and FUSE file systems may report other numbers in directory entries than stat does.
-    static constexpr std::array<const char*, 11> kLocal = {"ext2", "ext3", "ext4", "xfs", "btrfs", "tmpfs",
-                                                           "f2fs", "jfs", "reiserfs", "zfs", "bcachefs"};
+    static constexpr std::array<const char*, 11> kLocal = {
+        "ext2", "ext3", "ext4", "xfs", "btrfs", "tmpfs", "f2fs", "jfs", "reiserfs", "zfs", "bcachefs"};
     for (const char* type : kLocal)
         if (fsType == type)
             return true;

@@ -37,7 +37,7 @@ struct MountEntry {
 };
 
 class MountTable {
-public:
+  public:
     // The current table; empty when /proc cannot be read.
     static std::shared_ptr<const MountTable> current();
     static std::shared_ptr<const MountTable> fromMountInfo(const QByteArray& text);
@@ -48,7 +48,7 @@ public:
     std::vector<const MountEntry*> mountsOfVolume(const QByteArray& volumeId) const;
     std::vector<const MountEntry*> mountsOfDevice(quint64 device) const;
 
-private:
+  private:
     std::vector<MountEntry> entries_;
 };
 

@@ -35,7 +35,8 @@ AliasHandle storedAliasOf(const QString& path) {
 }
 
 void moveTo(const QString& from, const QString& to) {
-    ASSERT_EQ(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()), 0) << std::strerror(errno);
+    ASSERT_EQ(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()), 0)
+        << std::strerror(errno);
 }
 
 QString resolved(const Alias& alias) {
@@ -53,9 +54,12 @@ TEST(AliasResolution, FollowsMovesAndRenames) {
         const char* found;  // where the package is then
     };
     const Case cases[] = {
-        {"renamed in its folder", "Music/Worlds/Forest.sylvora", "Music/Worlds/Woods.sylvora", "Music/Worlds/Woods.sylvora"},
-        {"moved to another folder", "Music/Worlds/Forest.sylvora", "Documents/Forest.sylvora", "Documents/Forest.sylvora"},
-        {"moved to its parent", "Music/Worlds/Forest.sylvora", "Music/Forest.sylvora", "Music/Forest.sylvora"},
+        {"renamed in its folder", "Music/Worlds/Forest.sylvora", "Music/Worlds/Woods.sylvora",
+         "Music/Worlds/Woods.sylvora"},
+        {"moved to another folder", "Music/Worlds/Forest.sylvora", "Documents/Forest.sylvora",
+         "Documents/Forest.sylvora"},
+        {"moved to its parent", "Music/Worlds/Forest.sylvora", "Music/Forest.sylvora",
+         "Music/Forest.sylvora"},
         {"moved to a sibling folder", "Music/Worlds/Forest.sylvora", "Music/Archive/Forest.sylvora",
          "Music/Archive/Forest.sylvora"},
         {"an ancestor renamed", "Music", "Sounds", "Sounds/Worlds/Forest.sylvora"},
@@ -156,7 +160,8 @@ TEST(AliasResolution, DeletedFolderIsNotMistakenForANewcomerGivenItsInode) {
     FSRef out;
     EXPECT_EQ(FSResolveAlias(*alias, out), fnfErr) << out.path.toStdString();
     dir.makeDir(QStringLiteral("Forest.sylvora"));
-    EXPECT_EQ(resolved(*alias), dir.filePath(QStringLiteral("Forest.sylvora"))) << "a package saved in its place";
+    EXPECT_EQ(resolved(*alias), dir.filePath(QStringLiteral("Forest.sylvora")))
+        << "a package saved in its place";
 }
 
 TEST(AliasIdentity, TwoAliasesOfOneFileMatchTwoFilesOfOneNameDoNot) {
@@ -251,7 +256,7 @@ TEST(AliasBytes, DamagedBytesAreRefused) {
 
 // Collects what a known-worlds menu would show.
 class CountingMenu : public KnownWorldsMenu {
-public:
+  public:
     void clear() override { items = 0; }
     void appendItem(const QString&, quint32, bool) override { ++items; }
     int items = 0;
@@ -299,7 +304,8 @@ TEST(AliasVolumes, WorldOnAnUnmountedFileSystemIsNoSuchVolumeAndStaysKnown) {
 std::optional<QString> run(const QString& program, const QStringList& arguments) {
     QProcess process;
     process.start(program, arguments);
-    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit ||
+        process.exitCode() != 0)
         return std::nullopt;
     return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
 }
@@ -317,7 +323,8 @@ TEST(AliasVolumes, DriveMountedElsewhereIsFoundThere) {
     if (!run(QStringLiteral("mkfs.ext4"), {QStringLiteral("-q"), QStringLiteral("-F"), image}))
         GTEST_SKIP() << "mkfs.ext4 could not format an image";
     const QString device =
-        run(QStringLiteral("losetup"), {QStringLiteral("-f"), QStringLiteral("--show"), image}).value_or(QString());
+        run(QStringLiteral("losetup"), {QStringLiteral("-f"), QStringLiteral("--show"), image})
+            .value_or(QString());
     if (device.isEmpty())
         GTEST_SKIP() << "no loop device could be attached (a container without loop devices)";
     struct Detach {
@@ -331,12 +338,14 @@ TEST(AliasVolumes, DriveMountedElsewhereIsFoundThere) {
     } detach{device, QFile::encodeName(dir.makeDir("first")), QFile::encodeName(dir.makeDir("second"))};
     const QByteArray source = QFile::encodeName(device);
     if (::mount(source.constData(), detach.first.constData(), "ext4", 0, nullptr) != 0)
-        GTEST_SKIP() << "running as root but mount(2) refused the loop device (" << std::strerror(errno) << ")";
+        GTEST_SKIP() << "running as root but mount(2) refused the loop device (" << std::strerror(errno)
+                     << ")";
 
     const QString package = dir.makeDir("first/Worlds/Rain.sylvora");
     const AliasHandle alias = storedAliasOf(package);
     ASSERT_EQ(::umount(detach.first.constData()), 0) << std::strerror(errno);
-    ASSERT_EQ(::mount(source.constData(), detach.second.constData(), "ext4", 0, nullptr), 0) << std::strerror(errno);
+    ASSERT_EQ(::mount(source.constData(), detach.second.constData(), "ext4", 0, nullptr), 0)
+        << std::strerror(errno);
     EXPECT_EQ(resolved(*alias), dir.filePath("second/Worlds/Rain.sylvora"));
     ASSERT_EQ(::umount(detach.second.constData()), 0) << std::strerror(errno);
     FSRef out;
