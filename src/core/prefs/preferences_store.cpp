@@ -2,8 +2,11 @@
 
 #include <QSettings>
 #include <QVariantMap>
+#include <algorithm>
 #include <cmath>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "core/prefs/preferences.h"
 
@@ -25,16 +28,29 @@ bool holds(const QVariant& value, QMetaType::Type type) { return value.typeId() 
 
 // The list is stored as an INI array group; reading turns it back into the same QVariantList of
 // maps that createCFArrayOfKnownWorlds makes, so both directions go through one stored form.
+// Only the elements the file really holds are visited, in index order: a damaged "size" of two
+// billion would otherwise keep start-up busy for hours looking for elements that are not there.
 QVariantList readKnownWorldsArray(QSettings& store) {
+    const QString group = QLatin1String(Preferences::PREF_KEY_KNOWN_WORLDS_ARRAY);
+    const int size = store.beginReadArray(group);
+    store.endArray();
+    store.beginGroup(group);
+    std::vector<std::pair<int, QString>> elements;  // INI array elements are numbered from 1
+    for (const QString& child : store.childGroups()) {
+        bool isNumber = false;
+        const int number = child.toInt(&isNumber);
+        if (isNumber && number >= 1 && number <= size) elements.emplace_back(number, child);
+    }
+    std::sort(elements.begin(), elements.end());
     QVariantList array;
-    const int size = store.beginReadArray(QLatin1String(Preferences::PREF_KEY_KNOWN_WORLDS_ARRAY));
-    for (int i = 0; i < size; ++i) {
-        store.setArrayIndex(i);
+    for (const auto& [number, child] : elements) {
+        store.beginGroup(child);
         QVariantMap element;
         for (const QString& key : store.childKeys()) element.insert(key, store.value(key));
+        store.endGroup();
         array.append(element);
     }
-    store.endArray();
+    store.endGroup();
     return array;
 }
 
