@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Builds the libFuzzer targets (clang, AddressSanitizer and UndefinedBehaviorSanitizer) in
+# build-fuzz/, makes their seed corpora, and runs each target for SECONDS seconds (default 60).
+# Exits non-zero when any target finds a crash, a hang, a leak or a sanitizer report; the input
+# that did it is left in build-fuzz/fuzz-findings/TARGET/.
+#
+#   bash scripts/fuzz.sh [SECONDS] [TARGET...]      targets: loader alias preferences decoder
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-60}
+shift || true
+targets=("$@")
+((${#targets[@]})) || targets=(loader alias preferences decoder)
+
+bash scripts/install-deps.sh
+dir=build-fuzz
+CC=clang-14 CXX=clang++-14 cmake -S . -B "$dir" -G Ninja -DSYLVORA_BUILD_FUZZERS=ON -DSYLVORA_BUILD_TESTS=OFF \
+  -DSYLVORA_BUILD_BENCHMARKS=OFF -DSYLVORA_WERROR=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$dir" -j "$(nproc)" --target examples sylvora-fuzz-seeds "${targets[@]/#/sylvora_fuzz_}"
+
+export QT_QPA_PLATFORM=offscreen
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:allocator_may_return_null=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+export LSAN_OPTIONS=suppressions=$PWD/fuzz/third_party_leaks.supp
+seeds=$dir/fuzz-seeds
+rm -rf "$seeds"
+"$dir/fuzz/sylvora-fuzz-seeds" "$seeds" "$dir/examples/Evening Forest.sylvora" fuzz/seeds
+
+declare -A max_len=([loader]=65536 [alias]=4096 [preferences]=16384 [decoder]=65536)
+failed=()
+for target in "${targets[@]}"; do
+  corpus=$dir/fuzz-corpus/$target
+  findings=$dir/fuzz-findings/$target
+  mkdir -p "$corpus" "$findings"
+  inputs=("$corpus")
+  for extra in "$seeds/$target" "fuzz/seeds/$target" "fuzz/regressions/$target"; do
+    [[ -d $extra ]] && inputs+=("$extra")
+  done
+  options=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -max_len="${max_len[$target]}"
+           -artifact_prefix="$findings/" -print_final_stats=1)
+  [[ -f fuzz/$target.dict ]] && options+=(-dict="fuzz/$target.dict")
+  echo "== $target for ${seconds}s"
+  if ! "$dir/fuzz/sylvora_fuzz_$target" "${options[@]}" "${inputs[@]}" 2>"$findings/log.txt"; then
+    tail -n 60 "$findings/log.txt" >&2
+    failed+=("$target")
+  fi
+  grep -E '^stat::number_of_executed_units|^#[0-9]+ *DONE' "$findings/log.txt" || true
+done
+
+if ((${#failed[@]})); then
+  echo "findings in: ${failed[*]} (inputs in $dir/fuzz-findings/)" >&2
+  exit 1
+fi
+echo "no findings"
