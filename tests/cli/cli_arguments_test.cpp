@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "cli/clioptions.h"
 #include "cli/progressbar.h"
 #include "cli/timeparsing.h"
@@ -11,16 +13,10 @@
 using namespace sylvora::cli;
 
 TEST(DurationParsing, AcceptsSecondsAndHourMinuteSecondForms) {
-    EXPECT_EQ(parseDuration(QStringLiteral("90")), 90.0);
-    EXPECT_EQ(parseDuration(QStringLiteral("90s")), 90.0);
-    EXPECT_EQ(parseDuration(QStringLiteral("10m")), 600.0);
-    EXPECT_EQ(parseDuration(QStringLiteral("1h30m")), 5400.0);
-    EXPECT_EQ(parseDuration(QStringLiteral("1h30m15s")), 5415.0);
-    EXPECT_EQ(parseDuration(QStringLiteral("2h")), 7200.0);
-    EXPECT_EQ(parseDuration(QStringLiteral("1m30s")), 90.0);
-    EXPECT_EQ(parseDuration(QStringLiteral("2.5")), 2.5);
-    EXPECT_EQ(parseDuration(QStringLiteral("1.5m")), 90.0);
-    EXPECT_EQ(parseDuration(QStringLiteral(" 10M ")), 600.0);
+    for (const auto& [text, seconds] : {std::pair{"90", 90.0}, {"90s", 90.0}, {"10m", 600.0}, {"1h30m", 5400.0},
+                                        {"1h30m15s", 5415.0}, {"2h", 7200.0}, {"1m30s", 90.0}, {"2.5", 2.5},
+                                        {"1.5m", 90.0}, {" 10M ", 600.0}})
+        EXPECT_EQ(parseDuration(QString::fromLatin1(text)), seconds) << text;
 }
 
 TEST(DurationParsing, RefusesWhatIsNotATime) {

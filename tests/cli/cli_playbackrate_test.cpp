@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 #include "audio/outputs/sdl/sdloutput.h"
 #include "cli/playbackrate.h"
 #include "support/tempdir.h"
@@ -21,61 +24,48 @@ ToneSpec toneAt(int sampleRate) {
     return tone;
 }
 
-class PlaybackRate : public ::testing::Test {
-protected:
-    bool addLoop(const QString& name, int sampleRate) {
-        return addSound(package, QStringLiteral("Loop Sounds"), name, toneAt(sampleRate));
-    }
-    void describe(const QString& loopEntries, const QString& environmentEntries = {}) {
-        temp.writeFile(QStringLiteral("Brook.sylvora/data.plist"),
-                       xmlPlist(QStringLiteral("<key>Name</key><string>Brook</string><key>Loop Sounds</key><array>") +
-                                loopEntries + QStringLiteral("</array><key>Environment Sounds</key><array>") +
-                                environmentEntries + QStringLiteral("</array>")));
-    }
-
-    TempDir temp;
-    QString package = temp.makeDir(QStringLiteral("Brook.sylvora"));
-};
-
 }  // namespace
 
-TEST_F(PlaybackRate, LoopsSharingOneRatePlayAtIt) {
-    ASSERT_TRUE(addLoop(QStringLiteral("brook.flac"), 44100));
-    ASSERT_TRUE(addLoop(QStringLiteral("breeze.wav"), 44100));
-    // Environment sounds come and go, so theirs does not count.
-    ASSERT_TRUE(addSound(package, QStringLiteral("Environment Sounds"), QStringLiteral("owl.wav"), toneAt(48000)));
-    describe(loopEntry(QStringLiteral("brook.flac")) + loopEntry(QStringLiteral("breeze.wav")),
-             environmentEntry(QStringLiteral("owl.wav"), 0.2, 0.8, 5, 9));
-    EXPECT_EQ(choosePlaybackRate(package), 44100);
+// Environment sounds come and go, so their rates do not count, and neither do entries the loader
+// skips; rates a device does not take play at the usual rate.
+TEST(PlaybackRate, LoopsSharingOneRatePlayAtItAndAnythingElseAtTheUsualRate) {
+    struct Case {
+        const char* what;
+        std::vector<std::pair<const char*, int>> loops;
+        int expected;
+    };
+    const QString skipped = loopEntry(QStringLiteral("missing.wav")) + loopEntry(QStringLiteral("garbage.wav")) +
+                            loopEntry(QStringLiteral("../data.plist")) + QStringLiteral("<string>odd</string>");
+    TempDir temp;
+    int n = 0;
+    for (const Case& c : {Case{"one rate", {{"brook.flac", 44100}, {"breeze.wav", 44100}}, 44100},
+                          Case{"two rates", {{"brook.flac", 44100}, {"breeze.wav", 22050}}, 48000},
+                          Case{"skipped entries", {{"brook.wav", 32000}}, 32000},
+                          Case{"below what a device takes", {{"low.wav", 4000}}, 48000}}) {
+        SCOPED_TRACE(c.what);
+        const QString package = temp.makeDir(QStringLiteral("World %1.sylvora").arg(++n));
+        QString entries = skipped;
+        for (const auto& [name, rate] : c.loops) {
+            ASSERT_TRUE(addSound(package, QStringLiteral("Loop Sounds"), QString::fromLatin1(name), toneAt(rate)));
+            entries += loopEntry(QString::fromLatin1(name));
+        }
+        temp.writeFile(QStringLiteral("World %1.sylvora/Loop Sounds/garbage.wav").arg(n), "not a sound at all");
+        ASSERT_TRUE(addSound(package, QStringLiteral("Environment Sounds"), QStringLiteral("owl.wav"), toneAt(48000)));
+        temp.writeFile(QStringLiteral("World %1.sylvora/data.plist").arg(n),
+                       xmlPlist(QStringLiteral("<key>Loop Sounds</key><array>") + entries +
+                                QStringLiteral("</array><key>Environment Sounds</key><array>") +
+                                environmentEntry(QStringLiteral("owl.wav"), 0.2, 0.8, 5, 9) + QStringLiteral("</array>")));
+        EXPECT_EQ(choosePlaybackRate(package), c.expected);
+    }
 }
 
-TEST_F(PlaybackRate, LoopsOfDifferentRatesPlayAtTheUsualRate) {
-    ASSERT_TRUE(addLoop(QStringLiteral("brook.flac"), 44100));
-    ASSERT_TRUE(addLoop(QStringLiteral("breeze.wav"), 22050));
-    describe(loopEntry(QStringLiteral("brook.flac")) + loopEntry(QStringLiteral("breeze.wav")));
-    EXPECT_EQ(choosePlaybackRate(package), 48000);
-}
-
-TEST_F(PlaybackRate, EntriesTheLoaderSkipsDoNotCount) {
-    ASSERT_TRUE(addLoop(QStringLiteral("brook.wav"), 32000));
-    temp.writeFile(QStringLiteral("Brook.sylvora/Loop Sounds/garbage.wav"), "not a sound at all");
-    describe(loopEntry(QStringLiteral("missing.wav")) + loopEntry(QStringLiteral("garbage.wav")) +
-             loopEntry(QStringLiteral("../data.plist")) + QStringLiteral("<string>odd</string>") +
-             loopEntry(QStringLiteral("brook.wav")));
-    EXPECT_EQ(choosePlaybackRate(package), 32000);
-}
-
-TEST_F(PlaybackRate, RatesOutsideWhatADeviceTakesPlayAtTheUsualRate) {
-    ASSERT_TRUE(addLoop(QStringLiteral("low.wav"), 4000));
-    describe(loopEntry(QStringLiteral("low.wav")));
-    EXPECT_EQ(choosePlaybackRate(package), 48000);
-}
-
-TEST_F(PlaybackRate, WorldsWithoutLoopsOrWithoutADescriptionPlayAtTheUsualRate) {
+TEST(PlaybackRate, WorldsWithoutLoopsOrWithoutADescriptionPlayAtTheUsualRate) {
+    TempDir temp;
+    const QString package = temp.makeDir(QStringLiteral("Brook.sylvora"));
     EXPECT_EQ(choosePlaybackRate(package), 48000);
     temp.writeFile(QStringLiteral("Brook.sylvora/data.plist"), "not a property list");
     EXPECT_EQ(choosePlaybackRate(package), 48000);
-    describe({});
+    temp.writeFile(QStringLiteral("Brook.sylvora/data.plist"), xmlPlist(QStringLiteral("<key>Loop Sounds</key><array/>")));
     EXPECT_EQ(choosePlaybackRate(package), 48000);
     EXPECT_EQ(choosePlaybackRate(temp.path() + QStringLiteral("/Nowhere.sylvora")), 48000);
 }

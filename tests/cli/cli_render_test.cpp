@@ -121,12 +121,3 @@ TEST_F(RenderWorld, UnwritableOutputFailsWithoutLeavingAFile) {
     EXPECT_TRUE(lines[0].contains(QStringLiteral("cannot create '") + output + u'\''));
     EXPECT_FALSE(QFile::exists(output));
 }
-
-TEST_F(RenderWorld, BrokenWorldIsNotRendered) {
-    QFile::remove(temp.filePath(QStringLiteral("Tones.sylvora/data.plist")));
-    const QString output = temp.filePath(QStringLiteral("out.flac"));
-    const CliResult result = render(output, QStringLiteral("1"), QStringLiteral("2"));
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(nonEmptyLines(result.err).size(), 1);
-    EXPECT_FALSE(QFile::exists(output));
-}
