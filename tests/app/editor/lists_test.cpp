@@ -1,0 +1,139 @@
+// The two lists: names in numeric, case-blind order; where the selection lands after a removal;
+// renaming a group in place; groups opening and closing; the controls that follow a selection.
+
+#include <QAbstractButton>
+#include <QLineEdit>
+#include <QSlider>
+#include <QTest>
+
+#include "editorfixture.h"
+
+namespace sylvora::test {
+namespace {
+
+class EditorLists : public EditorTest {};
+
+TEST_F(EditorLists, LoopNamesSortNumericallyAndRemovalSelectsTheNeighbour) {
+    // Names ending in 2 sort before 10; case does not count, and equal names keep their age.
+    std::vector<SoundID> ids;
+    for (const char* name : {"Rain 10.wav", "rain 2.wav", "Rain 1.wav", "Wind.wav", "Zephyr.wav"}) {
+        ids.push_back(world().addLoopSound(*WorldFixture::aliasOf(sound(QString::fromLatin1(name)))));
+    }
+    editor().startEditing();
+    app::EditorSoundList* list = loopList();
+    EXPECT_EQ(shownNames(list), (QStringList{"Rain 1.wav", "rain 2.wav", "Rain 10.wav", "Wind.wav", "Zephyr.wav"}));
+    EXPECT_TRUE(app::WorldEditorWindow::DBSortComparatorCallback(*list, ids[1], ids[0]));
+    EXPECT_TRUE(control<QAbstractButton>("WET1", 5)->isEnabled());
+
+    // A middle run: the row after it moves up and is selected.
+    list->selectionModel()->clearSelection();
+    for (SoundID id : {ids[1], ids[0]}) list->selectionModel()->select(list->listModel()->indexOf(id), QItemSelectionModel::Select);
+    clickCommand("RMLS");
+    EXPECT_EQ(world().getNumLoopSounds(), 3);
+    EXPECT_EQ(editor().getSelectedLoopingSoundID(), ids[3]);
+
+    // The bottom rows: the nearest unselected row above them.
+    list->selectionModel()->select(list->listModel()->indexOf(ids[4]), QItemSelectionModel::Select);
+    clickCommand("RMLS");
+    EXPECT_EQ(editor().getSelectedLoopingSoundID(), ids[2]);
+    EXPECT_EQ(shownNames(list), (QStringList{"Rain 1.wav"}));
+
+    // The only row: nothing selected, the remove button and the volume box go off, the slider shows 100.
+    clickCommand("RMLS");
+    EXPECT_EQ(world().getNumLoopSounds(), 0);
+    EXPECT_EQ(editor().getSelectedLoopingSoundID(), 0u);
+    EXPECT_FALSE(control<QAbstractButton>("WET1", 5)->isEnabled());
+    EXPECT_FALSE(control<QWidget>("WET1", 6)->isEnabled());
+    EXPECT_EQ(slider("WET1", 8)->value(), 100);
+    clickCommand("RMLS");  // nothing selected: nothing changes
+    EXPECT_EQ(beeps, 0);
+}
+
+TEST_F(EditorLists, NewGroupsAreNamedInPlaceAndMoveToTheirSortedPlace) {
+    const SoundID alone = world().addEnvironmentSound(*WorldFixture::aliasOf(sound("M.wav")));
+    editor().showTab(app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+    app::EditorSoundList* list = environmentList();
+    clickCommand("FLDR");
+    const GroupID first = editor().getSelectedEnvironmentItemID();
+    EXPECT_EQ(list->editItemID(), first);
+    list->commitEditing();
+    clickCommand("FLDR");
+    const GroupID second = editor().getSelectedEnvironmentItemID();
+    ASSERT_EQ(world().getNumGroups(), 2);
+    EXPECT_NE(world().getGroupName(first), world().getGroupName(second));
+
+    // The person types a name and clicks a slider: the name is committed before the click acts,
+    // and the row moves to its sorted place.
+    auto* editorField = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    ASSERT_NE(editorField, nullptr);
+    editorField->selectAll();
+    QTest::keyClicks(editorField, "Zebra birds");
+    QTest::mouseClick(slider("WET2", 18), Qt::LeftButton);
+    EXPECT_EQ(world().getGroupName(second), "Zebra birds");
+    EXPECT_EQ(list->editItemID(), 0u);
+    EXPECT_EQ(shownNames(list).last(), "Zebra birds");
+    EXPECT_LT(shownNames(list).indexOf("M.wav"), shownNames(list).indexOf("Zebra birds"));
+
+    // Selecting a group: interval controls on with the group's pair, volumes off at 100.
+    select(list, second);
+    world().setGroupMinInterval(second, 7);
+    select(list, alone);
+    select(list, second);
+    EXPECT_FALSE(control<QWidget>("WET2", 7)->isEnabled());
+    EXPECT_TRUE(control<QWidget>("WET2", 16)->isEnabled());
+    EXPECT_EQ(slider("WET2", 10)->value(), 100);
+    EXPECT_EQ(field("WET2", 19)->text(), "7");
+
+    // Double-clicking a group edits its name and plays nothing.
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, rowPosition(list, first));
+    EXPECT_EQ(list->editItemID(), first);
+    EXPECT_EQ(editor().getPreviewSoundID(), 0u);
+    list->commitEditing();
+
+    // Nothing selected: both interval fields empty, both boxes off; no beep from clearing them.
+    list->selectOnly(0);
+    EXPECT_TRUE(field("WET2", 19)->text().isEmpty());
+    EXPECT_FALSE(control<QWidget>("WET2", 16)->isEnabled());
+    EXPECT_EQ(slider("WET2", 18)->value(), slider("WET2", 18)->minimum());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(beeps, 0);
+}
+
+TEST_F(EditorLists, GroupsStartClosedAndShowTheirMembersWhenOpened) {
+    const GroupID group = world().addGroup(QStringLiteral("Birds"));
+    const SoundID a = world().addEnvironmentSound(*WorldFixture::aliasOf(sound("a.wav")));
+    const SoundID b = world().addEnvironmentSound(*WorldFixture::aliasOf(sound("b.wav")));
+    world().setEnvironmentSoundGroupID(a, group);
+    world().setEnvironmentSoundGroupID(b, group);
+    world().setGroupMinInterval(group, 12);
+    editor().startEditing();
+    editor().showTab(app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+    app::EditorSoundList* list = environmentList();
+    EXPECT_EQ(shownNames(list), QStringList{"Birds"});
+    EXPECT_TRUE(control<QAbstractButton>("WET2", 5)->isEnabled());
+
+    for (int time = 0; time < 2; ++time) {  // opening again adds each member once
+        list->expand(list->listModel()->indexOf(group));
+        EXPECT_EQ(shownNames(list), (QStringList{"Birds", "a.wav", "b.wav"}));
+        list->collapse(list->listModel()->indexOf(group));
+        EXPECT_EQ(shownNames(list), QStringList{"Birds"});
+    }
+    // A grouped sound shows its own volumes and its group's wait, which it cannot change itself.
+    list->expand(list->listModel()->indexOf(group));
+    select(list, b);
+    EXPECT_TRUE(control<QWidget>("WET2", 7)->isEnabled());
+    EXPECT_FALSE(control<QWidget>("WET2", 16)->isEnabled());
+    EXPECT_EQ(field("WET2", 19)->text(), "12");
+
+    // Removing the group takes its sounds with it.
+    select(list, group);
+    clickCommand("RMES");
+    EXPECT_EQ(world().getNumGroups(), 0);
+    EXPECT_EQ(world().getNumEnvironmentSounds(), 0);
+    EXPECT_TRUE(shownNames(list).isEmpty());
+    editor().hide();
+    EXPECT_EQ(loopList()->model()->rowCount(), 0);
+}
+
+}  // namespace
+}  // namespace sylvora::test
