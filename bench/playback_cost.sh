@@ -6,6 +6,8 @@
 # of each counts: noise on a shared machine only adds. CPU is read from a cpuacct cgroup of the
 # program's own (nanoseconds; cgroup v2's cpu.stat in microseconds where v1 is missing), and for
 # Sylvora the wake-ups per second of each thread (voluntary context switches).
+# Then the volume-change timings of output_latency_bench (build the sylvora-cli, examplesynth and
+# output_latency_bench targets first).
 # Usage: bench/playback_cost.sh [build-dir] [rounds, default 5] [seconds per round, default 12]
 # Run as root (the cgroup, and the packages below if missing).
 set -euo pipefail
@@ -92,6 +94,11 @@ echo "least of $rounds rounds of ${seconds} s, % of one core, from $cpu_source:"
 echo "  sylvora-cli play (native PulseAudio):   $best_sylvora  (${ratio}x play -m)"
 echo "  play -m (sox, pulseaudio driver):       $best_sox"
 echo "  gst-launch audiomixer -> pulsesink:     $best_gst"
+wake_total=$(least $(sed 's/.*= \([0-9.]*\)\/s/\1/' "$scratch"/wakeups.*))
+echo "  sylvora-cli wake-ups, whole process, least round: $wake_total/s"
+# How soon a volume change is heard, in steady play and with low latency asked (after 10 s of play).
+"$build/bench/output_latency_bench" 10 "$scratch/brook.flac" "$scratch/breeze.flac"
 verdict=ok
 (($(echo "$ratio <= 0.75" | bc))) || verdict="costs more than 0.75x play -m"
+(($(echo "$wake_total < 30" | bc))) || verdict="$verdict; wakes 30 times a second or more"
 echo "verdict: $verdict"

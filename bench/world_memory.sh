@@ -31,7 +31,7 @@ counts=$("$cli" info "$scratch/Fifty.sylvora" --json |
 
 # The highest resident size while playing: read every half second after the world has loaded.
 peak_rss() {
-  SDL_AUDIODRIVER=sylvora-none "$cli" play "$1" > /dev/null 2>&1 &
+  PULSE_SERVER=unix:/nonexistent SDL_AUDIODRIVER=sylvora-none "$cli" play "$1" > /dev/null 2>&1 &
   local pid=$! peak=0 rss
   cleanups+=("kill $pid 2>/dev/null")
   local end=$(($(date +%s) + seconds))

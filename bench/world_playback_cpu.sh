@@ -2,6 +2,8 @@
 # CPU cost of playing a world of two crossfading two-minute loops (44.1 kHz FLAC) through a
 # PulseAudio null sink, beside sox's `play -m` mixing the same two files into the same server,
 # and the same world on the null output (sox reaches the server through ALSA's PulseAudio plugin).
+# Sylvora plays through its native PulseAudio output; bench/playback_cost.sh adds GStreamer, a
+# cgroup for CPU and wake-ups per thread.
 # Rounds are interleaved (each program alone, 2 s to settle, then measured), and the least round of
 # each counts: noise on a shared machine only adds.
 # Usage: bench/world_playback_cpu.sh [build-dir] [rounds, default 4] [seconds per round, default 12]
@@ -37,7 +39,7 @@ sylvora=(); sox_play=(); null=()
 for ((round = 1; round <= rounds; round++)); do
   sylvora+=("$(SDL_AUDIODRIVER=pulseaudio measure sylvora "$cli" play "$scratch/Two Loops.sylvora")")
   sox_play+=("$(measure sox play -q -m "$scratch/brook.flac" "$scratch/breeze.flac")")
-  null+=("$(SDL_AUDIODRIVER=sylvora-none measure null "$cli" play "$scratch/Two Loops.sylvora")")
+  null+=("$(PULSE_SERVER=unix:/nonexistent SDL_AUDIODRIVER=sylvora-none measure null "$cli" play "$scratch/Two Loops.sylvora")")
   echo "round $round: sylvora-cli (PulseAudio) ${sylvora[-1]}%  play -m ${sox_play[-1]}%  sylvora-cli (null output) ${null[-1]}%"
 done
 best_sylvora=$(least "${sylvora[@]}")

@@ -1,11 +1,15 @@
 #include "audio/outputs/pulse/pulseoutput.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "audio/engine/engine.h"
 
 namespace sylvora::audio {
 
 namespace {
 constexpr std::size_t FRAME_BYTES = 2 * sizeof(float);
+constexpr int AUDIO_NICE = -11;
 
 // A locked section of the threaded loop, for the main thread.
 class LoopLock {
@@ -20,7 +24,7 @@ class LoopLock {
 };
 }  // namespace
 
-PulseOutput::PulseOutput(Engine& engine) : engine_(engine), heldBack_(bytes(HELD_BACK_SECONDS)) {}
+PulseOutput::PulseOutput(Engine& engine) : engine_(engine) {}
 
 std::unique_ptr<PulseOutput> PulseOutput::open(Engine& engine, std::string& error) {
     std::unique_ptr<PulseOutput> output(new PulseOutput(engine));
@@ -77,6 +81,7 @@ bool PulseOutput::connect(std::string& error) {
     pa_stream_set_write_callback(stream_, &PulseOutput::writeRequested, this);
     pa_stream_set_underflow_callback(stream_, &PulseOutput::underflowed, this);
     shortBuffer_ = engine_.lowLatencyWanted();
+    heldBack_ = shortBuffer_ ? 0 : bytes(LONG_HELD_BACK_SECONDS);
     pa_buffer_attr attr = bufferAttr(shortBuffer_);
     // Corked until start(). The server is asked for no latency of its own beyond the buffer.
     const auto flags = static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED);
@@ -164,15 +169,18 @@ std::size_t PulseOutput::bytes(double seconds) const {
 }
 
 pa_buffer_attr PulseOutput::bufferAttr(bool shortBuffer) const {
-    const double queued = shortBuffer ? SHORT_BUFFER_SECONDS : LONG_BUFFER_SECONDS;
-    const double request = shortBuffer ? SHORT_REQUEST_SECONDS : LONG_REQUEST_SECONDS;
     pa_buffer_attr attr{};
     attr.maxlength = static_cast<std::uint32_t>(-1);
     attr.fragsize = static_cast<std::uint32_t>(-1);
-    attr.tlength = static_cast<std::uint32_t>(bytes(queued + HELD_BACK_SECONDS));
-    attr.minreq = static_cast<std::uint32_t>(bytes(request));
-    // After an underrun, play resumes once half the queue is back.
-    attr.prebuf = static_cast<std::uint32_t>(bytes(queued / 2));
+    if (shortBuffer) {
+        attr.tlength = static_cast<std::uint32_t>(bytes(SHORT_BUFFER_SECONDS));
+        attr.minreq = static_cast<std::uint32_t>(bytes(SHORT_REQUEST_SECONDS));
+    } else {
+        attr.tlength = static_cast<std::uint32_t>(bytes(LONG_BUFFER_SECONDS + LONG_HELD_BACK_SECONDS));
+        attr.minreq = static_cast<std::uint32_t>(bytes(LONG_REQUEST_SECONDS));
+    }
+    // After an underrun, play resumes once one request is back.
+    attr.prebuf = attr.minreq;
     return attr;
 }
 
@@ -180,9 +188,15 @@ void PulseOutput::applyBuffer(bool shortBuffer) {
     if (shortBuffer == shortBuffer_)
         return;
     shortBuffer_ = shortBuffer;
+    heldBack_ = shortBuffer ? 0 : bytes(LONG_HELD_BACK_SECONDS);
     const pa_buffer_attr attr = bufferAttr(shortBuffer);
     if (pa_operation* op = pa_stream_set_buffer_attr(stream_, &attr, nullptr, nullptr))
         pa_operation_unref(op);
+    // The server counts the credit it granted as on its way; with the short buffer it would never
+    // ask again until it came, so it comes now (a short while of the long queue, heard before
+    // the short buffer takes over).
+    if (shortBuffer)
+        writeRequested(stream_, pa_stream_writable_size(stream_), this);
 }
 
 std::uint64_t PulseOutput::framesPlayed() {
@@ -198,16 +212,16 @@ std::uint64_t PulseOutput::framesPlayed() {
     return usec * static_cast<std::uint64_t>(engine_.sampleRate()) / PA_USEC_PER_SEC;
 }
 
-std::uint32_t PulseOutput::bufferFrames() {
-    LoopLock lock(loop_);
-    return pa_stream_get_buffer_attr(stream_)->tlength / FRAME_BYTES;
-}
-
 void PulseOutput::contextChanged(pa_context* /*context*/, void* self) {
     pa_threaded_mainloop_signal(static_cast<PulseOutput*>(self)->loop_, 0);
 }
 
-void PulseOutput::streamChanged(pa_stream* /*stream*/, void* self) {
+void PulseOutput::streamChanged(pa_stream* stream, void* self) {
+    // The loop's thread renders every block: like the streaming thread, it should not queue behind
+    // whatever else keeps the cores busy while the queue drains. Without the privilege to raise
+    // its priority it keeps the normal one.
+    if (pa_stream_get_state(stream) == PA_STREAM_READY)
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), AUDIO_NICE);
     pa_threaded_mainloop_signal(static_cast<PulseOutput*>(self)->loop_, 0);
 }
 
@@ -217,8 +231,7 @@ void PulseOutput::operationDone(pa_stream* /*stream*/, int /*success*/, void* se
 
 void PulseOutput::writeRequested(pa_stream* stream, std::size_t writable, void* self) {
     auto* output = static_cast<PulseOutput*>(self);
-    // The server's credit beyond the queue we keep is left unused, whatever the buffer: so the
-    // queue follows the buffer's length, and a switch to short never fills the old credit.
+    // The long buffer's credit beyond the queue we keep is left unused.
     if (writable <= output->heldBack_)
         return;
     std::size_t bytes = writable - output->heldBack_;

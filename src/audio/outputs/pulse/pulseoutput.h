@@ -12,8 +12,9 @@
 // (Engine::setLowLatency), the queue is at most SHORT_BUFFER_SECONDS; when it stops asking, the
 // long buffer returns LONG_RETURN_SECONDS later, so that closing and reopening a window does not
 // make the next change wait a long buffer.
-// The server never asks for less than it would let the queue hold beyond one request, so the
-// queue it is given (tlength) is larger by HELD_BACK_SECONDS, a credit this client never uses.
+// The server never asks for less than it would let the queue hold beyond one request, so in the
+// long buffer the queue it is given (tlength) is larger by LONG_HELD_BACK_SECONDS, a credit this
+// client leaves unused. (Kept in the short buffer, it would be taken for the sink's latency.)
 // Switching never drops or repeats audio: what is queued plays out and the server then asks for
 // more by the new measure; right after a switch to short, the long queue still plays first (a
 // rewrite of the queue would need an engine that can render again from an earlier frame).
@@ -35,9 +36,9 @@ class PulseOutput final : public AudioOutput {
   public:
     static constexpr double LONG_BUFFER_SECONDS = 0.23;
     static constexpr double LONG_REQUEST_SECONDS = 0.17;
-    static constexpr double SHORT_BUFFER_SECONDS = 0.04;
+    static constexpr double LONG_HELD_BACK_SECONDS = 0.12;
+    static constexpr double SHORT_BUFFER_SECONDS = 0.045;
     static constexpr double SHORT_REQUEST_SECONDS = 0.02;
-    static constexpr double HELD_BACK_SECONDS = 0.12;
     static constexpr double LONG_RETURN_SECONDS = 3.0;
 
     // Null with `error` filled when no sound server answers or it refuses the stream.
@@ -57,8 +58,6 @@ class PulseOutput final : public AudioOutput {
     // [main] Engine frames the server has played so far, as of now; asks the server, so it waits
     // one round trip. For measurements.
     std::uint64_t framesPlayed();
-    // [main] The buffer the server holds now, in frames.
-    std::uint32_t bufferFrames();
 
   private:
     explicit PulseOutput(Engine& engine);
@@ -76,7 +75,7 @@ class PulseOutput final : public AudioOutput {
                               void* self);  // [audio]
 
     Engine& engine_;
-    const std::size_t heldBack_;
+    std::size_t heldBack_ = 0;             // bytes; under the loop's lock
     pa_threaded_mainloop* loop_ = nullptr;
     pa_context* context_ = nullptr;
     pa_stream* stream_ = nullptr;
