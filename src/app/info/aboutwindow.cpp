@@ -1,9 +1,54 @@
 #include "app/info/aboutwindow.h"
 
+#include <QLabel>
+#include <QLayout>
+#include <QPixmap>
+
+#include "app/info/inforesources.h"
+#include "app/info/linklabel.h"
+#include "app/shell/helpbook.h"
+#include "core/picture/pictureutils.h"
+
 namespace sylvora::app {
 
-AboutWindow::AboutWindow() : MyCarbonWindow(QStringLiteral("AboutWindow")) {}
+AboutWindow::AboutWindow() : MyCarbonWindow(QStringLiteral("AboutWindow")) {
+    initInfoResources();
+    if (window == nullptr) return;
+    for (int id : {EMAIL_LINK_ID, WEB_LINK_ID}) {
+        if (auto* link = qobject_cast<LinkLabel*>(myGetControlByID(CONTROLS_SIGNATURE, id))) {
+            link->setLinkColor(NORMAL_LINK_COLOR);
+            QObject::connect(link, &LinkLabel::hit, link, [this, link] { linkHit(*link); });
+        }
+    }
+}
 
-void AboutWindow::show() { MyCarbonWindow::show(); }
+QString AboutWindow::getInfoString() {
+    return QStringLiteral("Sylvora %1").arg(QStringLiteral(SYLVORA_VERSION));
+}
+
+void AboutWindow::show() {
+    if (window != nullptr && !graphicLoaded) {
+        if (auto* view = qobject_cast<QLabel*>(myGetControlByID(CONTROLS_SIGNATURE, TITLE_GRAPHIC_ID))) {
+            const QImage graphic = makeCGImageFromImageResource(QString::fromLatin1(TITLE_GRAPHIC_IMAGE_FILENAME));
+            if (!graphic.isNull()) view->setPixmap(QPixmap::fromImage(graphic));
+        }
+        if (auto* line = qobject_cast<QLabel*>(myGetControlByID(CONTROLS_SIGNATURE, INFO_STRING_ID))) {
+            line->setText(getInfoString());
+        }
+        // The window's size follows what it holds, and the person has nothing to resize in it.
+        if (QLayout* layout = window->layout()) layout->activate();
+        window->setFixedSize(window->sizeHint());
+        graphicLoaded = true;
+    }
+    MyCarbonWindow::show();
+}
+
+void AboutWindow::linkHit(const QWidget& link) {
+    const auto* label = qobject_cast<const QLabel*>(&link);
+    if (label == nullptr) return;
+    const QString url = myGetControlID(&link) == EMAIL_LINK_ID ? QString::fromLatin1(EMAIL_URL_PREFIX) + label->text()
+                                                                : label->text();
+    openURL(url);
+}
 
 }  // namespace sylvora::app

@@ -30,6 +30,7 @@ inline constexpr CommandID CLOSE = fourCharCode("clos");
 inline constexpr CommandID QUIT = fourCharCode("quit");
 inline constexpr CommandID ABOUT = fourCharCode("abou");
 inline constexpr CommandID GET_INFO = fourCharCode("INFO");
+inline constexpr CommandID TOGGLE_INFO = fourCharCode("TINF");  // the Get Info window's round button
 inline constexpr CommandID EDIT_WORLD = fourCharCode("WEDT");
 inline constexpr CommandID VOLUME_UP = fourCharCode("VOL+");
 inline constexpr CommandID VOLUME_DOWN = fourCharCode("VOL-");

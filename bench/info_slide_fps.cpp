@@ -1,0 +1,143 @@
+// The Get Info window's slide with a 1920 x 1200 picture shown at full size, on a real X display:
+// frames painted per second and the CPU of this process (and of the X server, when its process id
+// is given) while the texts slide back and forth without pause, and while the window stands still.
+// Run through bench/info_slide.sh, which starts an Xvfb display large enough for the picture.
+//
+// Usage: info_slide_fps [seconds per phase, default 5] [X server pid]
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QImage>
+#include <QPainter>
+#include <QTimer>
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <vector>
+
+#include "app/info/getinfowindow.h"
+#include "app/shell/globals.h"
+#include "app/shell/startup.h"
+#include "core/files/alias.h"
+#include "core/strings/stringresources.h"
+#include "support/tempdir.h"
+
+using namespace sylvora;
+
+namespace {
+
+double processCpuSeconds() {
+    timespec t{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
+}
+
+double serverCpuSeconds(qint64 pid) {
+    if (pid <= 0) return 0.0;
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly)) return 0.0;
+    const QList<QByteArray> fields = stat.readAll().split(' ');
+    if (fields.size() < 15) return 0.0;
+    return static_cast<double>(fields[13].toLongLong() + fields[14].toLongLong()) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+void runFor(int milliseconds) {
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+// Paint times of the overlay that carries the texts.
+class PaintClock : public QObject {
+public:
+    QElapsedTimer clock;
+    std::vector<qint64> paints;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) paints.push_back(clock.nsecsElapsed());
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+struct Phase {
+    double seconds, cpu, serverCpu;
+    std::size_t frames;
+    double worstGapMs;
+};
+
+Phase measure(PaintClock& paints, int milliseconds, qint64 serverPid) {
+    paints.paints.clear();
+    paints.clock.start();
+    const double cpu0 = processCpuSeconds();
+    const double server0 = serverCpuSeconds(serverPid);
+    runFor(milliseconds);
+    const double seconds = static_cast<double>(paints.clock.nsecsElapsed()) * 1e-9;
+    Phase phase{seconds, processCpuSeconds() - cpu0, serverCpuSeconds(serverPid) - server0, paints.paints.size(), 0.0};
+    for (std::size_t i = 1; i < paints.paints.size(); ++i) {
+        phase.worstGapMs = std::max(phase.worstGapMs, static_cast<double>(paints.paints[i] - paints.paints[i - 1]) * 1e-6);
+    }
+    return phase;
+}
+
+void report(const char* name, const Phase& p) {
+    std::printf("%-8s %6.2f s  %5zu frames  %6.1f frames/s  worst gap %5.1f ms  CPU %5.1f%% of a core  X server %5.1f%%\n",
+                name, p.seconds, p.frames, static_cast<double>(p.frames) / p.seconds, p.worstGapMs,
+                100.0 * p.cpu / p.seconds, 100.0 * p.serverCpu / p.seconds);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    const int milliseconds = (argc > 1 ? std::max(1, atoi(argv[1])) : 5) * 1000;
+    const qint64 serverPid = argc > 2 ? atoll(argv[2]) : 0;
+    installStringTables();
+    test::TempDir folder;
+    qputenv("XDG_CONFIG_HOME", folder.makeDir(QStringLiteral("config")).toUtf8());
+    app::startUp({.audioDevice = false, .tray = false});
+
+    // A picture with detail everywhere, so that no copy of it is cheaper than a real one.
+    QImage picture(1920, 1200, QImage::Format_RGB32);
+    for (int y = 0; y < picture.height(); ++y) {
+        auto* row = reinterpret_cast<QRgb*>(picture.scanLine(y));
+        for (int x = 0; x < picture.width(); ++x) row[x] = qRgb((x * 7) & 255, (y * 3 + x) & 255, (x ^ y) & 255);
+    }
+    const QString path = folder.filePath(QStringLiteral("picture.png"));
+    picture.save(path);
+    AliasHandle alias;
+    FSNewAlias(test::refOf(path), alias);
+    app::gCurrentWorld->setName(QStringLiteral("Evening Forest"));
+    app::gCurrentWorld->setAuthor(QStringLiteral("The Sylvora project"));
+    app::gCurrentWorld->setDescription(QStringLiteral(
+        "Crickets in the grass, a slow creek over stones, and now and then an owl from the far side of the clearing."));
+    app::gCurrentWorld->setPictureFileAlias(alias.get());
+
+    app::GetInfoWindow& window = *app::gGetInfoWindow;
+    window.show();
+    runFor(1500);
+    QWidget* view = window.myGetControlByID(app::GetInfoWindow::CONTROLS_SIGNATURE, app::GetInfoWindow::IMAGE_VIEW_ID);
+    QWidget* overlay = view->findChild<QWidget*>(QStringLiteral("infoOverlay"));
+    if (overlay == nullptr) {
+        std::fprintf(stderr, "the window shows no overlay\n");
+        return 1;
+    }
+    std::printf("picture 1920x1200, shown at %dx%d\n", view->width(), view->height());
+    PaintClock paints;
+    overlay->installEventFilter(&paints);
+
+    report("still", measure(paints, milliseconds, serverPid));
+    // The next slide begins as soon as one ends, away and back again, for the whole phase.
+    QTimer toggler;
+    QObject::connect(&toggler, &QTimer::timeout, [&window] {
+        if (!window.isSliding()) window.handleCommand(app::command::TOGGLE_INFO);
+    });
+    toggler.start(1);
+    report("sliding", measure(paints, milliseconds, serverPid));
+    toggler.stop();
+    runFor(500);
+    report("still", measure(paints, milliseconds, serverPid));
+
+    app::shutDown();
+    return 0;
+}

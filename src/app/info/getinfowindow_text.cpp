@@ -1,0 +1,185 @@
+// The Get Info window's texts: their sizes and places, their styles and layouts, and the one image
+// of texts and shadow that every paint, and every step of the slide, copies.
+
+#include <QPainter>
+#include <QTextLayout>
+
+#include "app/info/getinfowindow.h"
+#include "app/info/softshadow.h"
+
+namespace sylvora::app {
+
+namespace {
+
+// A world's texts come from a property list and may hold line breaks: the description keeps them
+// as forced breaks, the one-line texts turn them into spaces.
+QString asParagraph(QString text) {
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    return text;
+}
+
+QString asOneLine(QString text) {
+    text.replace(QLatin1String("\r\n"), QLatin1String(" "));
+    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    return text;
+}
+
+}  // namespace
+
+InfoTextMetrics GetInfoWindow::getTextMetrics(double height, const FontRatios& ratios) {
+    InfoTextMetrics m;
+    m.ratios = ratios;
+    m.nameSize = NAME_FONT_SIZE_PERCENTAGE * height;
+    m.authorSize = AUTHOR_FONT_SIZE_PERCENTAGE * height;
+    m.descriptionSize = DESCRIPTION_FONT_SIZE_PERCENTAGE * height;
+    m.lineHeight = m.descriptionSize * (ratios.ascent + ratios.descent + ratios.leading);
+    m.nameBaseline = NAME_DISTANCE_FROM_TOP * height + ratios.ascent * m.nameSize;
+    m.authorBaseline = AUTHOR_DISTANCE_FROM_TOP * height + ratios.ascent * m.authorSize;
+    // The middle of the space below the author's line, which ends at 0.25 + 0.09 of the height.
+    const double fromBottom = (height - (AUTHOR_DISTANCE_FROM_TOP + AUTHOR_FONT_SIZE_PERCENTAGE) * height) * 0.5;
+    m.descriptionCentre = height - fromBottom;
+    return m;
+}
+
+std::unique_ptr<InfoTextStyle> GetInfoWindow::createATSUIStyle(double size) const {
+    if (!(size > 0.0)) return nullptr;
+    auto style = std::make_unique<InfoTextStyle>();
+    style->font = QFont(fontRef.familyName());
+    style->font.setStyleName(fontRef.styleName());
+    style->font.setWeight(static_cast<QFont::Weight>(fontRef.weight()));
+    style->font.setStyle(fontRef.style());
+    style->font.setPixelSize(REFERENCE_PIXEL_SIZE);
+    // Hinting would fit the outlines to the reference size's pixels, not to the size drawn.
+    style->font.setHintingPreference(QFont::PreferNoHinting);
+    style->scale = size / REFERENCE_PIXEL_SIZE;
+    style->color = QColor::fromRgba64(TEXT_COLOR[0], TEXT_COLOR[1], TEXT_COLOR[2]);
+    return style;
+}
+
+std::unique_ptr<QTextLayout> GetInfoWindow::createATSUILayout(const InfoTextStyle* style, double lineWidth,
+                                                              double flush, const QString& text) {
+    if (style == nullptr || text.isEmpty() || !(lineWidth > 0.0)) return nullptr;
+    auto layout = std::make_unique<QTextLayout>(text, style->font);
+    QTextOption option;
+    option.setAlignment(flush < 0.25 ? Qt::AlignLeft : flush > 0.75 ? Qt::AlignRight : Qt::AlignHCenter);
+    option.setWrapMode(QTextOption::NoWrap);
+    layout->setTextOption(option);
+    layout->setCacheEnabled(true);
+    return layout;
+}
+
+int GetInfoWindow::breakDescriptionLines(QTextLayout& layout, double lineWidth) {
+    QTextOption option = layout.textOption();
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    int lines = 0;
+    layout.beginLayout();
+    while (lines <= MAX_DESCRIPTION_SOFT_BREAKS) {
+        QTextLine line = layout.createLine();
+        if (!line.isValid()) break;
+        line.setLineWidth(lineWidth);
+        line.setPosition(QPointF(0.0, 0.0));
+        ++lines;
+    }
+    layout.endLayout();
+    return lines;
+}
+
+// Draws the texts in white, without shadow, into a view of width x height; returns the area the
+// lines cover.
+QRectF GetInfoWindow::paintTexts(QPainter& painter, double width, double height) {
+    const InfoTextMetrics m = getTextMetrics(height, fontRatios);
+    if (!nameStyle) nameStyle = createATSUIStyle(m.nameSize);
+    if (!authorStyle) authorStyle = createATSUIStyle(m.authorSize);
+    if (!descriptionStyle) descriptionStyle = createATSUIStyle(m.descriptionSize);
+
+    QRectF covered;
+    // A line is laid out at the reference size, so the painter scales it to the size drawn and
+    // puts its own baseline (its top plus its ascent) on the wanted one.
+    const auto drawLine = [&](const QTextLine& line, const InfoTextStyle& style, double baseline) {
+        painter.save();
+        painter.scale(style.scale, style.scale);
+        painter.setPen(style.color);
+        const QPointF at(0.0, baseline / style.scale - line.y() - line.ascent());
+        line.draw(&painter, at);
+        const QRectF drawn = line.naturalTextRect().translated(at);
+        covered |= QRectF(drawn.topLeft() * style.scale, drawn.size() * style.scale);
+        painter.restore();
+    };
+    const auto drawOneLine = [&](const QString& text, const InfoTextStyle* style, double baseline) {
+        const auto layout = createATSUILayout(style, width / (style ? style->scale : 1.0), 0.5, asOneLine(text));
+        if (!layout) return;
+        layout->beginLayout();
+        QTextLine line = layout->createLine();
+        if (line.isValid()) line.setLineWidth(width / style->scale);
+        layout->endLayout();
+        if (line.isValid()) drawLine(line, *style, baseline);
+    };
+    drawOneLine(name, nameStyle.get(), m.nameBaseline);
+    drawOneLine(author, authorStyle.get(), m.authorBaseline);
+
+    if (const InfoTextStyle* style = descriptionStyle.get()) {
+        const auto layout = createATSUILayout(style, width / style->scale, 0.5, asParagraph(description));
+        if (layout) {
+            const int lines = breakDescriptionLines(*layout, width / style->scale);
+            for (int i = 0; i < lines; ++i) drawLine(layout->lineAt(i), *style, m.descriptionBaseline(i, lines));
+        }
+    }
+    return covered;
+}
+
+void GetInfoWindow::discardTextCache() {
+    nameStyle.reset();
+    authorStyle.reset();
+    descriptionStyle.reset();
+    textImageValid = false;
+    textImage = QImage();
+}
+
+void GetInfoWindow::renderTextImage(QSize size, qreal pixelRatio) {
+    textImageValid = true;
+    textImageSize = size;
+    textImageRatio = pixelRatio;
+    textImage = QImage();
+    textBounds = QRect();
+    if (size.isEmpty()) return;
+    const double height = size.height();
+
+    QImage glyphs((QSizeF(size) * pixelRatio).toSize(), QImage::Format_ARGB32_Premultiplied);
+    glyphs.setDevicePixelRatio(pixelRatio);
+    glyphs.fill(Qt::transparent);
+    QPainter painter(&glyphs);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    const QRectF covered = paintTexts(painter, size.width(), height);
+    painter.end();
+    if (covered.isEmpty()) return;
+
+    const double blur = SHADOW_BLUR_PERCENTAGE * height;
+    const QPointF offset(SHADOW_OFFSET_PERCENTAGE[0] * height, -SHADOW_OFFSET_PERCENTAGE[1] * height);
+    const double margin = 3.0 * blur + 2.0;
+    textBounds = covered.adjusted(-margin, -margin, margin + offset.x(), margin + offset.y()).toAlignedRect() &
+                 QRect(QPoint(0, 0), size);
+    if (textBounds.isEmpty()) return;
+
+    const QRect pixels(textBounds.topLeft() * pixelRatio, textBounds.size() * pixelRatio);
+    QImage block = glyphs.copy(pixels);
+    block.setDevicePixelRatio(1.0);
+    const QColor shadowColor = QColor::fromRgbF(SHADOW_COLOR[0], SHADOW_COLOR[1], SHADOW_COLOR[2], SHADOW_COLOR[3]);
+    const QImage shadow = makeSoftShadow(block, blur * pixelRatio, shadowColor);
+    textImage = QImage(pixels.size(), QImage::Format_ARGB32_Premultiplied);
+    textImage.fill(Qt::transparent);
+    painter.begin(&textImage);
+    painter.drawImage(offset * pixelRatio, shadow);
+    painter.drawImage(0, 0, block);
+    painter.end();
+    textImage.setDevicePixelRatio(pixelRatio);
+}
+
+void GetInfoWindow::drawText(QPainter& painter, const QRect& rect) {
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    if (!textImageValid || textImageSize != rect.size() || textImageRatio != ratio) renderTextImage(rect.size(), ratio);
+    if (!textImage.isNull()) painter.drawImage(rect.topLeft() + textBounds.topLeft(), textImage);
+}
+
+}  // namespace sylvora::app

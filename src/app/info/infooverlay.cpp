@@ -1,0 +1,21 @@
+#include "app/info/infooverlay.h"
+
+#include <QPainter>
+
+#include "app/info/getinfowindow.h"
+
+namespace sylvora::app {
+
+InfoOverlay::InfoOverlay(GetInfoWindow& owner, QWidget& imageView) : QWidget(&imageView), owner_(owner) {
+    setObjectName(QStringLiteral("infoOverlay"));
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setGeometry(imageView.rect());
+}
+
+void InfoOverlay::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);  // Qt clips it to the region to repaint
+    owner_.overlayRootViewEventHandler(painter, rect());
+}
+
+}  // namespace sylvora::app

@@ -1,0 +1,37 @@
+#pragma once
+
+// A line of text that acts as a web link: underlined and blue, red while the mouse is pressed on
+// it, and like a push button it acts only when the mouse is released on it. A pointing hand shows
+// over it.
+
+#include <QLabel>
+#include <QRgb>
+
+namespace sylvora::app {
+
+class LinkLabel : public QLabel {
+    Q_OBJECT
+public:
+    explicit LinkLabel(QWidget* parent = nullptr);
+
+    // The link style: underlined, centred, in `color`; the font's family and size stay as set.
+    void setLinkColor(QRgb color);
+    QRgb linkColor() const;
+
+Q_SIGNALS:
+    // Pressed and released on the link.
+    void hit();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    void track(bool nowInside);
+
+    bool tracking = false;
+    bool inside = false;
+};
+
+}  // namespace sylvora::app

@@ -1,0 +1,64 @@
+#include "app/info/softshadow.h"
+
+#include <cmath>
+#include <vector>
+
+namespace sylvora::app {
+
+namespace {
+
+// One box pass along every row (step 1) or every column (step = width), outside counting as empty.
+void boxBlur(std::vector<int>& alpha, int width, int height, int radius, bool alongRows, std::vector<int>& line) {
+    const int length = alongRows ? width : height;
+    const int lines = alongRows ? height : width;
+    const int step = alongRows ? 1 : width;
+    const int lineStep = alongRows ? width : 1;
+    const int span = 2 * radius + 1;
+    line.resize(static_cast<std::size_t>(length));
+    for (int l = 0; l < lines; ++l) {
+        int* at = alpha.data() + static_cast<std::ptrdiff_t>(l) * lineStep;
+        for (int i = 0; i < length; ++i) line[static_cast<std::size_t>(i)] = at[i * step];
+        int sum = 0;
+        for (int i = 0; i <= radius && i < length; ++i) sum += line[static_cast<std::size_t>(i)];
+        for (int i = 0; i < length; ++i) {
+            at[i * step] = (sum + span / 2) / span;
+            if (i + radius + 1 < length) sum += line[static_cast<std::size_t>(i + radius + 1)];
+            if (i - radius >= 0) sum -= line[static_cast<std::size_t>(i - radius)];
+        }
+    }
+}
+
+}  // namespace
+
+QImage makeSoftShadow(const QImage& source, double blurRadius, const QColor& color) {
+    const QImage input = source.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const int width = input.width();
+    const int height = input.height();
+    std::vector<int> alpha(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    for (int y = 0; y < height; ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(input.constScanLine(y));
+        for (int x = 0; x < width; ++x) alpha[static_cast<std::size_t>(y) * width + x] = qAlpha(row[x]);
+    }
+    // Three boxes of width d approximate a Gaussian of deviation s when d = s * 3 * sqrt(2 pi) / 4.
+    const double deviation = blurRadius * 0.5;
+    const int boxWidth = static_cast<int>(std::floor(deviation * 3.0 * std::sqrt(2.0 * M_PI) / 4.0 + 0.5));
+    const int radius = boxWidth / 2;
+    if (radius > 0) {
+        std::vector<int> line;
+        for (int pass = 0; pass < 3; ++pass) boxBlur(alpha, width, height, radius, true, line);
+        for (int pass = 0; pass < 3; ++pass) boxBlur(alpha, width, height, radius, false, line);
+    }
+    QImage shadow(width, height, QImage::Format_ARGB32_Premultiplied);
+    const QRgb opaque = color.rgba();
+    for (int y = 0; y < height; ++y) {
+        auto* row = reinterpret_cast<QRgb*>(shadow.scanLine(y));
+        for (int x = 0; x < width; ++x) {
+            const int a = alpha[static_cast<std::size_t>(y) * width + x] * qAlpha(opaque) / 255;
+            row[x] = qPremultiply(qRgba(qRed(opaque), qGreen(opaque), qBlue(opaque), a));
+        }
+    }
+    shadow.setDevicePixelRatio(source.devicePixelRatio());
+    return shadow;
+}
+
+}  // namespace sylvora::app

@@ -1,0 +1,15 @@
+#pragma once
+
+// The soft shadow of a drawing: its coverage blurred, in one colour.
+
+#include <QColor>
+#include <QImage>
+
+namespace sylvora::app {
+
+// `source` is premultiplied ARGB; the result has its size, and a blur of `blurRadius` pixels
+// (a Gaussian of about half that deviation, made of three box passes each way). Keep a margin of
+// three radii around the drawing in `source` so the blur is not cut at its edges.
+QImage makeSoftShadow(const QImage& source, double blurRadius, const QColor& color);
+
+}  // namespace sylvora::app
