@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include "app/desktop/sleeptimermenu.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
@@ -13,6 +14,9 @@ namespace sylvora::app {
 TrayIcon::TrayIcon() : icon_(QApplication::windowIcon()) {
     rebuildDockMenu();
     connect(&ShellEvents::instance(), &ShellEvents::stateChanged, this, &TrayIcon::refresh);
+    if (SleepTimerMenu* sleep = SleepTimerMenu::instance()) {
+        connect(sleep, &SleepTimerMenu::statusTextChanged, this, &TrayIcon::refresh);
+    }
     if (!QSystemTrayIcon::isSystemTrayAvailable()) return;
     icon_.setContextMenu(dockMenu);
     connect(&icon_, &QSystemTrayIcon::activated, this, [](QSystemTrayIcon::ActivationReason reason) {
@@ -26,8 +30,12 @@ TrayIcon::TrayIcon() : icon_(QApplication::windowIcon()) {
 void TrayIcon::refresh() {
     rebuildDockMenu();
     const QString name = gCurrentWorld->getName();
-    icon_.setToolTip(name.isEmpty() ? QApplication::applicationDisplayName()
-                                    : QStringLiteral("%1 — %2").arg(QApplication::applicationDisplayName(), name));
+    QString tip = name.isEmpty() ? QApplication::applicationDisplayName()
+                                 : QStringLiteral("%1 — %2").arg(QApplication::applicationDisplayName(), name);
+    if (const SleepTimerMenu* sleep = SleepTimerMenu::instance(); sleep && !sleep->statusText().isEmpty()) {
+        tip += QLatin1Char('\n') + sleep->statusText();
+    }
+    icon_.setToolTip(tip);
 }
 
 }  // namespace sylvora::app

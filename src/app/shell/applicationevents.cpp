@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include "app/desktop/sleeptimermenu.h"
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/aboutwindow.h"
 #include "app/info/getinfowindow.h"
@@ -77,8 +78,8 @@ OSStatus applicationEventHandler(const HICommand& command) {
         return noErr;
     }
     switch (id) {
-        case command::VOLUME_UP: gCurrentWorld->setVolume(gCurrentWorld->getVolume() + VOLUME_STEP); return noErr;
-        case command::VOLUME_DOWN: gCurrentWorld->setVolume(gCurrentWorld->getVolume() - VOLUME_STEP); return noErr;
+        case command::VOLUME_UP: gCurrentWorld->setVolume(masterVolume() + VOLUME_STEP); return noErr;
+        case command::VOLUME_DOWN: gCurrentWorld->setVolume(masterVolume() - VOLUME_STEP); return noErr;
         case command::GET_INFO: gGetInfoWindow->show(); return noErr;
         case command::SHOW: gGetInfoWindow->show(); return noErr;
         case command::ABOUT: gAboutWindow->show(); return noErr;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "app/desktop/sleeptimermenu.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
 #include "app/shell/knownworldsqmenu.h"
@@ -195,12 +196,13 @@ OSStatus dockMenuEventHandler() {
     dockMenu->addSeparator();
     if (dockVolumeSubMenu == nullptr || dockVolumeSubMenu->title().isEmpty()) return noErr;
     dockMenu->addMenu(dockVolumeSubMenu);
-    setLevelChecks(*dockVolumeSubMenu, 1, volumeLevel(gCurrentWorld->getVolume()));
+    setLevelChecks(*dockVolumeSubMenu, 1, volumeLevel(masterVolume()));
     return noErr;
 }
 
 void rebuildDockMenu() {
     if (dockMenuEventHandler() != noErr) return;
+    if (SleepTimerMenu* sleep = SleepTimerMenu::instance()) dockMenu->addMenu(sleep->menu());
     dockMenu->addSeparator();
     dockMenu->addAction(makeCommandAction(QObject::tr("Show Sylvora"), command::SHOW, dockMenu));
     dockMenu->addAction(makeCommandAction(QObject::tr("Quit"), command::QUIT, dockMenu));
@@ -208,7 +210,7 @@ void rebuildDockMenu() {
 
 OSStatus enableMenuItemsEventHandler() {
     if (!gMenus || gCurrentWorld == nullptr) return eventNotHandledErr;
-    const double volume = gCurrentWorld->getVolume();
+    const double volume = masterVolume();  // a sleep timer's fade does not move the check mark
     setEnabled(command::VOLUME_DOWN, !(volume < 1.0 / 14.0));
     setEnabled(command::VOLUME_UP, volume < 13.0 / 14.0);
     setLevelChecks(*gMenus->volume, FIRST_LEVEL_ITEM, volumeLevel(volume));

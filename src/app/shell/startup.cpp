@@ -7,11 +7,14 @@
 #include <QSessionManager>
 #include <QSettings>
 #include <QTimer>
+#include <algorithm>
 #include <memory>
 
 #include "app/desktop/desktopbeep.h"
+#include "app/desktop/mprisservice.h"
 #include "app/desktop/quitsignals.h"
 #include "app/desktop/singleinstance.h"
+#include "app/desktop/sleeptimermenu.h"
 #include "app/desktop/trayicon.h"
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/aboutwindow.h"
@@ -20,6 +23,7 @@
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
 #include "app/shell/shellevents.h"
+#include "app/shell/worldfromfolderoffer.h"
 #include "app/windows/packagedrops.h"
 #include "audio/engine/engine.h"
 #include "audio/outputs/output.h"
@@ -35,6 +39,8 @@ struct Runtime {
     std::unique_ptr<audio::AudioOutput> output;
     std::unique_ptr<QtEventLoop> eventLoop;
     std::unique_ptr<TrayIcon> tray;
+    std::unique_ptr<SleepTimerMenu> sleepTimer;
+    std::unique_ptr<MprisService> mpris;
 };
 std::unique_ptr<Runtime> gRuntime;
 
@@ -83,7 +89,12 @@ void startUp(const StartUpOptions& options) {
     gGetInfoWindow = new GetInfoWindow();
     gAboutWindow = new AboutWindow();
     watchWindows();
-    setFolderDropHandler([](const QStringList& folders) { doOpenDocsEvent(folders); });
+    setFolderDropHandler([](const QStringList& folders) {
+        // World packages open as documents; a drop of plain folders only is an offer to make one.
+        if (std::any_of(folders.cbegin(), folders.cend(), isWorldPackagePath)) doOpenDocsEvent(folders);
+        else if (!folders.isEmpty()) offerWorldFromFolder(folders.front());
+    });
+    gRuntime->sleepTimer = std::make_unique<SleepTimerMenu>(*gCurrentWorld);
     QObject::connect(qApp, &QGuiApplication::commitDataRequest, askBeforeLogout);
     if (options.tray) {
         gRuntime->tray = std::make_unique<TrayIcon>();
@@ -91,6 +102,7 @@ void startUp(const StartUpOptions& options) {
     } else {
         setTrayAvailable(false);
     }
+    gRuntime->mpris = std::make_unique<MprisService>();
 
     gPrefs->loadPreferences();
     gCurrentWorld->setVolume(gPrefs->getMasterVolume());
@@ -107,6 +119,8 @@ void openFirstWorld(const QStringList& documents) {
 }
 
 void shutDown() {
+    gRuntime->mpris.reset();
+    gRuntime->sleepTimer.reset();  // a fade in progress gives the master volume back first
     gPrefs->setLastWorldAlias(gCurrentWorld->getPackageAlias());
     gPrefs->setMasterVolume(gCurrentWorld->getVolume());
     gPrefs->savePreferences();

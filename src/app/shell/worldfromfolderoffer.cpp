@@ -1,0 +1,63 @@
+#include "app/shell/worldfromfolderoffer.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QTimer>
+#include <cstdlib>
+
+#include "app/shell/alerts.h"
+#include "app/shell/applicationevents.h"
+#include "app/shell/globals.h"
+#include "app/shell/startup.h"
+#include "core/package/worldfromfolder.h"
+
+namespace sylvora::app {
+
+namespace {
+
+bool personAgrees(const QString& folderName, const QString& packageName) {
+    QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(),
+                    QObject::tr("Make a world from the sounds in “%1”?").arg(folderName),
+                    QMessageBox::Yes | QMessageBox::No, QApplication::activeWindow());
+    box.setInformativeText(
+        QObject::tr("Sounds of 20 seconds or more become loop sounds, shorter ones environment sounds heard "
+                    "now and then, and a picture in the folder becomes the world's picture. The world is "
+                    "saved beside the folder as “%1” and opened.")
+            .arg(packageName));
+    box.button(QMessageBox::Yes)->setText(QObject::tr("Make World"));
+    box.setDefaultButton(QMessageBox::Yes);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void makeAndOpen(const QString& folder) {
+    const QFileInfo info(folder);
+    const QString name = QDir(info.absoluteFilePath()).dirName();
+    const QString package = WorldFromFolder::freePackagePath(info.absolutePath(), name);
+    if (!personAgrees(name, QFileInfo(package).fileName())) return;
+
+    // The world is built in a World of its own so that the open one, with whatever it has unsaved,
+    // is untouched until the new package is opened the usual way. Its seed is drawn from the shared
+    // generator, so the stream the open world draws from carries on unpredictable.
+    FolderWorldReport report;
+    OSStatus status = noErr;
+    {
+        World maker(applicationEngine(), gCurrentWorld->getEventLoop(), static_cast<unsigned>(::random()));
+        status = WorldFromFolder::makePackage(maker, info.absoluteFilePath(), package, name, report);
+    }
+    if (status != noErr) {
+        showErrorAlert(report.error, status);
+        return;
+    }
+    doOpenDocsEvent({package});
+}
+
+}  // namespace
+
+void offerWorldFromFolder(const QString& folder) {
+    QTimer::singleShot(0, qApp, [folder] { makeAndOpen(folder); });
+}
+
+}  // namespace sylvora::app
