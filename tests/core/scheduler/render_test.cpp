@@ -107,27 +107,6 @@ TEST(OfflineRender, EnvironmentClicksFallInsideTheirIntervals) {
     EXPECT_EQ(heard, started);
 }
 
-// A seeded world renders the same samples every time.
-TEST(OfflineRender, ASeedRendersTheSameAudioEveryTime) {
-    const auto render = [](unsigned seed) {
-        WorldFixture w(seed);
-        w.world.setLoopSoundsCrossFadeDuration(1);
-        w.addLoop(w.writeSound("a.wav", 3.0, LOW));
-        w.addLoop(w.writeSound("b.wav", 2.5, HIGH));
-        const SoundID env = w.addEnvironment(w.writeSound("e.wav", 0.3, CLICK));
-        w.world.setEnvironmentSoundMinInterval(env, 0);
-        w.world.setEnvironmentSoundMaxInterval(env, 2);
-        w.world.setEnvironmentSoundMinVolume(env, 0.2);
-        w.world.start();
-        Recording out;
-        w.runSeconds(20.0, {}, [&](const float* samples, std::size_t frames, std::uint64_t) { out.append(samples, frames); });
-        return out.left();
-    };
-    const std::vector<float> first = render(17);
-    EXPECT_EQ(render(17), first);
-    EXPECT_NE(render(18), first);
-}
-
 // Blocks end on the 1/15-s grid and the world's timer fires once at every boundary, across render
 // calls of any length and over ten minutes without drift, at rates where a tick is a whole number
 // of frames and where it is not.
