@@ -30,7 +30,10 @@ std::size_t Streamer::refillAt(const StreamRing& ring) noexcept {
 }
 
 std::size_t Streamer::ringFrames(std::size_t ringsInUse, int channels) noexcept {
-    const std::size_t share = RING_BUDGET_BYTES / (ringsInUse + 1) / (static_cast<std::size_t>(channels) * sizeof(float));
+    // The share falls with the square of the rings already held, so that a few streams get long
+    // rings while a hundred, readied one after another, hold little more than short ones would.
+    const std::size_t share =
+        RING_BUDGET_BYTES / ((ringsInUse + 1) * (ringsInUse + 1)) / (static_cast<std::size_t>(channels) * sizeof(float));
     std::size_t frames = MIN_RING_FRAMES;
     while (frames * 2 <= share && frames * 2 <= MAX_RING_FRAMES)
         frames *= 2;

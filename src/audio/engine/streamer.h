@@ -25,10 +25,11 @@ class Voice;
 
 class Streamer {
   public:
-    // Rings share one memory budget: a ring is sized when its play is readied, from what is left
-    // for each of the rings then in use, between MIN_RING_FRAMES (0.34 s at 48 kHz; a hundred
-    // such stereo rings are the budget) and MAX_RING_FRAMES (2.7 s). A few playing streams get
-    // long rings, refilled in large reads a second or so apart; a hundred get short ones.
+    // Rings share one memory budget: a ring is sized when its play is readied, from the budget
+    // and the rings then in use, between MIN_RING_FRAMES (0.34 s at 48 kHz; a hundred such stereo
+    // rings are the budget) and MAX_RING_FRAMES (2.7 s). A few playing streams get long rings,
+    // refilled in large reads a second or so apart; a hundred get short ones, and all the longer
+    // rings together add at most 3.5 MiB to what a hundred short ones hold.
     static constexpr std::size_t RING_BUDGET_BYTES = 100 * 16384 * 2 * sizeof(float);
     static constexpr std::size_t MIN_RING_FRAMES = 16384;
     static constexpr std::size_t MAX_RING_FRAMES = 131072;
