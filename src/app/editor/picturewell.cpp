@@ -61,6 +61,15 @@ void PictureWell::dragEnterEvent(QDragEnterEvent* event) {
     event->accept();
 }
 
+void PictureWell::dragMoveEvent(QDragMoveEvent* event) {
+    if (highlight_ != 1) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
 void PictureWell::dragLeaveEvent(QDragLeaveEvent* event) {
     highlight_ = 0;
     update();

@@ -39,6 +39,8 @@ QFileDialog* makeChooseFileDialog(QWidget* parent, FileKind kind, const QString&
 }
 }  // namespace
 
+QFileDialog* WorldEditorWindow::openDialog() const { return navDialog.data(); }
+
 void WorldEditorWindow::promptForSoundFiles() {
     if (navDialog) {
         SysBeep(1);

@@ -100,7 +100,7 @@ public:
     static bool isAcceptablePictureFile(const FSRef& file);
     void promptForSoundFiles();
     void promptForPictureFile();
-    QFileDialog* openDialog() const { return navDialog; }
+    QFileDialog* openDialog() const;  // the choose-file dialog that is up, or null
     void updatePicture();
     bool DBAcceptDragCallback(const EditorSoundList& list, const QMimeData& drag, ItemID item) const;
     bool DBReceiveDragCallback(EditorSoundList& list, const QMimeData& drag, ItemID item);

@@ -26,6 +26,12 @@ EditorTest::~EditorTest() { setSysBeepHook({}); }
 app::WorldEditorWindow& EditorTest::editor() const { return *app::gWorldEditorWindow; }
 World& EditorTest::world() const { return *app::gCurrentWorld; }
 
+bool EditorTest::enabled(const char (&signature)[5], int id) const {
+    const QWidget* widget = editor().myGetControlByID(app::fourCharCode(signature), id);
+    EXPECT_NE(widget, nullptr);
+    return widget != nullptr && widget->isEnabled();
+}
+
 QString EditorTest::sound(const QString& name, double seconds) {
     const QString path = dir.filePath(QStringLiteral("sounds/") + name);
     ToneSpec tone;

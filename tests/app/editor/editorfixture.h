@@ -3,7 +3,9 @@
 // The editor open on the current world in a started application, with sound and picture files
 // written into the test's folder, and the drags a file manager or the editor's own list would make.
 
+#include <QLineEdit>
 #include <QMimeData>
+#include <QSlider>
 #include <QStringList>
 #include <memory>
 
@@ -12,9 +14,6 @@
 #include "app/support/appfixture.h"
 #include "core/world/world.h"
 #include "support/worldfixture.h"
-
-class QLineEdit;
-class QSlider;
 
 namespace sylvora::test {
 
@@ -31,6 +30,8 @@ protected:
     Control* control(const char (&signature)[5], int id) const {
         return qobject_cast<Control*>(editor().myGetControlByID(app::fourCharCode(signature), id));
     }
+    // Whether the control is on (false when there is no such control).
+    bool enabled(const char (&signature)[5], int id) const;
     app::EditorSoundList* loopList() const { return control<app::EditorSoundList>("WET1", 3); }
     app::EditorSoundList* environmentList() const { return control<app::EditorSoundList>("WET2", 3); }
     QSlider* slider(const char (&signature)[5], int id) const { return control<QSlider>(signature, id); }

@@ -10,6 +10,7 @@
 
 #include "app/editor/editordrags.h"
 #include "app/editor/picturewell.h"
+#include "core/strings/stringresources.h"
 #include "editorfixture.h"
 
 namespace sylvora::test {
@@ -105,8 +106,8 @@ TEST_F(EditorFiles, PictureWellShowsTheLastDroppedPicture) {
     auto* well = control<app::PictureWell>("WET3", 2);
     auto* name = control<QLabel>("WET3", 3);
     EXPECT_FALSE(well->hasContent());
-    EXPECT_FALSE(name->isEnabled());
-    EXPECT_EQ(name->text(), "No Picture File Selected");
+    EXPECT_FALSE(enabled("WET3", 3));
+    EXPECT_EQ(name->text(), copyLocalizedString(NO_PICTURE_FILE_SELECTED_KEY, MISC_STRINGS_FILE));
 
     const auto pictures = filesDrag({picture("first.png", 40, 30), sound("not-a-picture.wav"), picture("second.png", 80, 20)});
     QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, pictures.get(), Qt::LeftButton, Qt::NoModifier);
@@ -118,7 +119,7 @@ TEST_F(EditorFiles, PictureWellShowsTheLastDroppedPicture) {
 
     EXPECT_TRUE(drop(well, *pictures, QPoint(20, 20)));
     EXPECT_EQ(name->text(), "second.png");
-    EXPECT_TRUE(name->isEnabled());
+    EXPECT_TRUE(enabled("WET3", 3));
     ASSERT_TRUE(well->hasContent());
     const int inside = well->width() - 2 * well->frameWidth();
     EXPECT_EQ(well->content().width(), inside);
@@ -146,7 +147,9 @@ TEST_F(EditorFiles, EditingAPlayingWorldKeepsOnePlayPerGroupAndPerLoneSound) {
         for (int i = 0; i < world().getNumGroups(); ++i) EXPECT_EQ(scheduledPlays(world().getIndGroupID(i)), 1);
         for (int i = 0; i < world().getNumEnvironmentSounds(); ++i) {
             const SoundID sound = world().getIndEnvironmentSoundID(i);
-            if (world().getEnvironmentSoundGroupID(sound) == 0) EXPECT_EQ(scheduledPlays(sound), 1);
+            if (world().getEnvironmentSoundGroupID(sound) == 0) {
+                EXPECT_EQ(scheduledPlays(sound), 1);
+            }
         }
     };
     expectOnePlayEach("added");

@@ -14,6 +14,7 @@ namespace {
 class EditorPreview : public EditorTest {
 protected:
     void doubleClick(app::EditorSoundList* list, ItemID item) {
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, rowPosition(list, item));
         QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, rowPosition(list, item));
     }
 };
