@@ -35,6 +35,10 @@ void PictureWell::paintEvent(QPaintEvent* event) {
     if (!content_.isNull()) {
         const int frame = frameWidth();
         painter.drawImage(QPoint(frame, frame), content_);
+    } else {
+        // An empty well says what it is for; seen empty at a large size it read as a blank panel.
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.drawText(contentsRect(), Qt::AlignCenter, tr("Drop a picture here"));
     }
     if (highlight_ == 1) {
         const qreal inset = frameWidth() + 1.5;
