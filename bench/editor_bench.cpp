@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QSlider>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -90,6 +91,27 @@ void BM_OpenTheEditorOnAFullWorld(benchmark::State& state) {
     if (loopList()->model()->rowCount() != 50) state.SkipWithError("the loop list does not show 50 rows");
 }
 BENCHMARK(BM_OpenTheEditorOnAFullWorld)->Unit(benchmark::kMillisecond)->Iterations(10);
+
+// One position of a dragged loop-volume slider with the world playing: the handler, the world's
+// setter and the volume handed to the playing instances. A mouse reports about 60 positions a
+// second while dragging, so 60 times this is the editor's share of a core during a drag.
+void BM_DragTheLoopVolumeSlider(benchmark::State& state) {
+    QTemporaryDir dir;
+    World& world = *app::gCurrentWorld;
+    world.resetToInitialState();
+    for (const QString& path : writeSounds(dir, QStringLiteral("Bed"), 10)) world.addLoopSound(*test::WorldFixture::aliasOf(path));
+    app::gWorldEditorWindow->startEditing();
+    QCoreApplication::processEvents();
+    auto* slider = qobject_cast<QSlider*>(app::gWorldEditorWindow->myGetControlByID(app::fourCharCode("WET1"), 8));
+    slider->setSliderDown(true);
+    int value = 0;
+    for (auto _ : state) {
+        slider->setSliderPosition(value);
+        value = (value + 7) % 101;
+    }
+    slider->setSliderDown(false);
+}
+BENCHMARK(BM_DragTheLoopVolumeSlider)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
