@@ -3,7 +3,7 @@
 // is given) while the texts slide back and forth without pause, and while the window stands still.
 // Run through bench/info_slide.sh, which starts an Xvfb display large enough for the picture.
 //
-// Usage: info_slide_fps [seconds per phase, default 5] [X server pid]
+// Usage: info_slide_fps [seconds per phase, default 5] [X server pid] [picture WIDTHxHEIGHT, default 1920x1200]
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -64,6 +64,7 @@ struct Phase {
     double seconds, cpu, serverCpu;
     std::size_t frames;
     double worstGapMs;
+    std::size_t longGaps;  // frames more than 1.5 frame times after the one before
 };
 
 Phase measure(PaintClock& paints, int milliseconds, qint64 serverPid) {
@@ -73,16 +74,19 @@ Phase measure(PaintClock& paints, int milliseconds, qint64 serverPid) {
     const double server0 = serverCpuSeconds(serverPid);
     runFor(milliseconds);
     const double seconds = static_cast<double>(paints.clock.nsecsElapsed()) * 1e-9;
-    Phase phase{seconds, processCpuSeconds() - cpu0, serverCpuSeconds(serverPid) - server0, paints.paints.size(), 0.0};
+    Phase phase{seconds, processCpuSeconds() - cpu0, serverCpuSeconds(serverPid) - server0, paints.paints.size(), 0.0, 0};
     for (std::size_t i = 1; i < paints.paints.size(); ++i) {
-        phase.worstGapMs = std::max(phase.worstGapMs, static_cast<double>(paints.paints[i] - paints.paints[i - 1]) * 1e-6);
+        const double gapMs = static_cast<double>(paints.paints[i] - paints.paints[i - 1]) * 1e-6;
+        phase.worstGapMs = std::max(phase.worstGapMs, gapMs);
+        if (gapMs > 1.5 * 1000.0 / 90.0) ++phase.longGaps;
     }
     return phase;
 }
 
 void report(const char* name, const Phase& p) {
-    std::printf("%-8s %6.2f s  %5zu frames  %6.1f frames/s  worst gap %5.1f ms  CPU %5.1f%% of a core  X server %5.1f%%\n",
-                name, p.seconds, p.frames, static_cast<double>(p.frames) / p.seconds, p.worstGapMs,
+    std::printf("%-8s %5.2f s  %4zu frames  %5.1f frames/s  worst gap %5.1f ms (%zu over 16.7 ms)  CPU %5.1f%% of a core"
+                "  X server %5.1f%%\n",
+                name, p.seconds, p.frames, static_cast<double>(p.frames) / p.seconds, p.worstGapMs, p.longGaps,
                 100.0 * p.cpu / p.seconds, 100.0 * p.serverCpu / p.seconds);
 }
 
@@ -92,13 +96,16 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     const int milliseconds = (argc > 1 ? std::max(1, atoi(argv[1])) : 5) * 1000;
     const qint64 serverPid = argc > 2 ? atoll(argv[2]) : 0;
+    const QStringList size = QString::fromLatin1(argc > 3 ? argv[3] : "1920x1200").split(QLatin1Char('x'));
+    const int pictureWidth = std::max(150, size.value(0).toInt());
+    const int pictureHeight = std::max(150, size.value(1).toInt());
     installStringTables();
     test::TempDir folder;
     qputenv("XDG_CONFIG_HOME", folder.makeDir(QStringLiteral("config")).toUtf8());
     app::startUp({.audioDevice = false, .tray = false});
 
     // A picture with detail everywhere, so that no copy of it is cheaper than a real one.
-    QImage picture(1920, 1200, QImage::Format_RGB32);
+    QImage picture(pictureWidth, pictureHeight, QImage::Format_RGB32);
     for (int y = 0; y < picture.height(); ++y) {
         auto* row = reinterpret_cast<QRgb*>(picture.scanLine(y));
         for (int x = 0; x < picture.width(); ++x) row[x] = qRgb((x * 7) & 255, (y * 3 + x) & 255, (x ^ y) & 255);
@@ -109,8 +116,13 @@ int main(int argc, char** argv) {
     FSNewAlias(test::refOf(path), alias);
     app::gCurrentWorld->setName(QStringLiteral("Evening Forest"));
     app::gCurrentWorld->setAuthor(QStringLiteral("The Sylvora project"));
+    // Six lines of description, so the texts cover the picture from top to bottom and some of them
+    // are in view at every step of a slide: the most there is to move.
     app::gCurrentWorld->setDescription(QStringLiteral(
-        "Crickets in the grass, a slow creek over stones, and now and then an owl from the far side of the clearing."));
+        "Crickets in the grass, a slow creek over stones, and now and then an owl from the far side of "
+        "the clearing. Later the wind turns, the frogs begin by the water, and a last blackbird sings "
+        "from the top of the oldest beech before the night settles over the valley and the stars come "
+        "out one by one above the hills, while far away a dog barks at a passing car."));
     app::gCurrentWorld->setPictureFileAlias(alias.get());
 
     app::GetInfoWindow& window = *app::gGetInfoWindow;
@@ -122,7 +134,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "the window shows no overlay\n");
         return 1;
     }
-    std::printf("picture 1920x1200, shown at %dx%d\n", view->width(), view->height());
+    std::printf("picture %dx%d, shown at %dx%d\n", pictureWidth, pictureHeight, view->width(), view->height());
     PaintClock paints;
     overlay->installEventFilter(&paints);
 
