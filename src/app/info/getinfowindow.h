@@ -146,6 +146,7 @@ private:
     bool textImageValid = false;
     // The size the person last chose, for the maximize button to return to.
     QSize userState;
+    QSize normalSize;  // the picture area's size when last neither maximized nor full screen
     QSize requestedBounds;
     bool boundsPending = false;
     bool zoomPending = false;

@@ -66,7 +66,8 @@ void GetInfoWindow::windowEventHandler(QEvent& event) {
 void GetInfoWindow::zoom() {
     if (imageView == nullptr) return;
     const QSize ideal = getIdealWindowSize();
-    const QSize current = imageView->size();
+    // The size before the maximize request, not the maximized one it may still have now.
+    const QSize current = normalSize.isValid() ? normalSize : imageView->size();
     if (current == ideal) {
         if (userState.isValid() && userState != ideal) resizeImageViewTo(userState);
         return;
@@ -79,6 +80,7 @@ void GetInfoWindow::imageViewResized() {
     // The text sizes follow the height and the line breaks the width.
     discardTextCache();
     if (overlayWindow != nullptr) overlayWindow->setGeometry(imageView->rect());
+    if (!(window->windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen))) normalSize = imageView->size();
     // Qt tells of a resize only once it is made, so the proportions are put back right after it.
     if (boundsPending || window == nullptr) return;
     boundsPending = true;

@@ -114,6 +114,13 @@ TEST_F(GetInfoWindowTest, NewPictureSetsTheIdealSizeNewTextDoesNotAndDragsKeepPr
     settle();
     EXPECT_EQ(imageView()->size(), QSize(600, 300));
 
+    // The maximize button toggles between the picture's size and the person's.
+    gGetInfoWindow->getWindow()->showMaximized();
+    EXPECT_TRUE(processEventsUntil([] { return imageView()->size() == QSize(400, 200); }, 2000));
+    gGetInfoWindow->getWindow()->showMaximized();
+    EXPECT_TRUE(processEventsUntil([] { return imageView()->size() == QSize(600, 300); }, 2000));
+    EXPECT_FALSE(gGetInfoWindow->getWindow()->isMaximized());
+
     setWorldPicture({300, 240}, Qt::darkBlue);
     gGetInfoWindow->updateDisplay();
     settle();
