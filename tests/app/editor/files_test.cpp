@@ -7,6 +7,7 @@
 #include <QDragEnterEvent>
 #include <QLabel>
 #include <QSlider>
+#include <QTest>
 
 #include "app/editor/editordrags.h"
 #include "app/editor/picturewell.h"
@@ -165,6 +166,35 @@ TEST_F(EditorFiles, EditingAPlayingWorldKeepsOnePlayPerGroupAndPerLoneSound) {
     processEventsUntil([] { return false; }, 300);  // the world plays on under the editor
     expectOnePlayEach("played on");
     EXPECT_EQ(world().getNumGroups(), 1);
+}
+
+TEST_F(EditorFiles, AWorldBuiltInTheEditorSavesAndReopensTheSame) {
+    EXPECT_TRUE(drop(loopList(), *filesDrag({sound("bed.wav")}), background(loopList())));
+    editor().showTab(app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+    app::EditorSoundList* list = environmentList();
+    clickCommand("FLDR");
+    list->commitEditing();
+    const GroupID group = editor().getSelectedEnvironmentGroupID();
+    EXPECT_TRUE(drop(list, *filesDrag({sound("Owl 10.wav"), sound("Owl 2.wav")}), rowPosition(list, group)));
+    select(list, group);
+    field("WET2", 23)->setText(QString());
+    QTest::keyClicks(field("WET2", 23), "90");
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(drop(control<app::PictureWell>("WET3", 2), *filesDrag({picture("marsh.png")}), QPoint(10, 10)));
+    const QStringList shown = shownNames(list);
+
+    ASSERT_EQ(world().doSaveAs(dir.ref(), QStringLiteral("Marsh.sylvora")), noErr);
+    world().resetToInitialState();
+    editor().startEditing();
+    EXPECT_TRUE(shownNames(list).isEmpty());
+    ASSERT_EQ(world().loadFromPackage(WorldFixture::ref(dir.filePath("Marsh.sylvora"))), noErr);
+    editor().startEditing();
+    list->expand(list->listModel()->indexOf(world().getIndGroupID(0)));
+    EXPECT_EQ(shownNames(list), shown);
+    EXPECT_EQ(shownNames(loopList()), QStringList{"bed.wav"});
+    select(list, world().getIndGroupID(0));
+    EXPECT_EQ(field("WET2", 23)->text(), "90");
+    EXPECT_EQ(control<QLabel>("WET3", 3)->text(), "marsh.png");
 }
 
 }  // namespace
