@@ -74,7 +74,7 @@ TEST_F(EditorValues, TypedMinimumPushesTheWorldAtOnceAndThePartnerAfterAPause) {
     QTest::keyClick(field("WET2", 19), Qt::Key_0);  // 450 within the half second re-arms
     QCoreApplication::processEvents();
     EXPECT_EQ(world().getEnvironmentSoundMaxInterval(target), 450);
-    QTest::qWait(350);
+    QTest::qWait(300);
     EXPECT_EQ(field("WET2", 23)->text(), "30");
     ASSERT_TRUE(processEventsUntil([this] { return field("WET2", 23)->text() == "450"; }, 1000));
     // Beyond the slider's end: the slider shows its end, the field and the world keep the number.
