@@ -1,5 +1,5 @@
 // The whole road of a sound, end to end: a world package on disk, loaded and played by the built
-// sylvora-cli through its SDL2 output into a real PulseAudio server, recorded from the server's
+// sylvora-cli through its native output into a real PulseAudio server, recorded from the server's
 // sink and measured. Only a machine where no PulseAudio can run skips it.
 
 #include <gtest/gtest.h>
