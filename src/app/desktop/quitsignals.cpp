@@ -25,7 +25,7 @@ QuitSignals::QuitSignals() {
         char drained[16];
         while (::read(fds_[0], drained, sizeof drained) > 0) {
         }
-        QCoreApplication::quit();
+        QCoreApplication::exit(0);  // not quit(): a shown window would veto it
     });
     struct sigaction action {};
     action.sa_handler = onSignal;

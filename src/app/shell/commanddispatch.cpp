@@ -54,7 +54,9 @@ bool isEditCommand(CommandID command) {
 
 OSStatus defaultHandling(CommandID command) {
     if (command == command::QUIT) {
-        QApplication::quit();
+        // Straight out of the loop: Qt's own quit first closes every window, and ours only hide,
+        // so a shown window would otherwise veto it.
+        QCoreApplication::exit(0);
         return noErr;
     }
     if (command == command::CLOSE) {

@@ -150,7 +150,7 @@ void navAskSaveChangesEventCallback(NavSelector selector, NavUserAction action) 
 void doPostAskSaveChangesAction() {
     switch (gAskSaveChangesAction) {
         case ASK_SAVE_CHANGES_QUIT:
-            QApplication::quit();
+            QCoreApplication::exit(0);  // as the default quit: no window can veto it
             break;
         case ASK_SAVE_CHANGES_OPEN_DOCUMENT: {
             if (!gNextOpenDocument) break;

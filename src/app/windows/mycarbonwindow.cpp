@@ -31,7 +31,9 @@ void PlatformWindow::closeEvent(QCloseEvent* event) {
     // The close box only hides: the object and its window live until shut-down.
     event->ignore();
     owner_.close();
-    Q_EMIT closedByUser();
+    // Only the window system's close (the close box) is the person's: the application's own quit
+    // closes every window too, and must not be taken for "the last window was closed".
+    if (event->spontaneous()) Q_EMIT closedByUser();
 }
 
 void PlatformWindow::showEvent(QShowEvent* event) {

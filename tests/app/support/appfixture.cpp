@@ -7,6 +7,7 @@
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 #include <QSettings>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "app/shell/startup.h"
+#include "core/prefs/preferences.h"
 #include "support/worldfixture.h"
 
 namespace sylvora::test {
@@ -31,6 +33,7 @@ struct ModalAnswerer {
     std::deque<PendingAnswer> pending;
     std::vector<QPointer<QWidget>> answered;
     bool timedOut = false;
+    int inFlight = 0;  // answers queued to the loop and not yet run
     QTimer poll;
 
     ModalAnswerer() {
@@ -56,7 +59,13 @@ struct ModalAnswerer {
             auto answer = std::move(pending.front().answer);
             pending.pop_front();
             if (!pending.empty()) pending.front().waited.start();
-            answer(modal);  // may block in a nested loop of its own; this timer still runs there
+            // Called from the loop, not from this timer: an answer may block in a dialog's own
+            // loop, and a timer does not fire again while its handler runs.
+            ++inFlight;
+            QMetaObject::invokeMethod(qApp, [this, answer = std::move(answer), target = QPointer<QWidget>(modal)] {
+                if (!target.isNull()) answer(target);
+                --inFlight;
+            }, Qt::QueuedConnection);
         } else if (pending.front().waited.hasExpired(pending.front().timeoutMs)) {
             ADD_FAILURE() << "no modal dialog came up to be answered";
             timedOut = true;
@@ -94,7 +103,7 @@ void answerNextModal(std::function<void(QWidget*)> answer, int timeoutMs) {
 
 bool waitForAnswers(int timeoutMs) {
     ModalAnswerer& a = answerer();
-    const bool drained = processEventsUntil([&a] { return a.pending.empty(); }, timeoutMs);
+    const bool drained = processEventsUntil([&a] { return a.pending.empty() && a.inFlight == 0; }, timeoutMs);
     const bool ok = drained && !a.timedOut;
     a.pending.clear();
     a.timedOut = false;
@@ -112,15 +121,21 @@ void answerMessageBox(int standardButton, MessageSeen* seen) {
     });
 }
 
+void chooseInFileDialog(QWidget* modal, const QString& path) {
+    auto* dialog = qobject_cast<QFileDialog*>(modal);
+    ASSERT_NE(dialog, nullptr) << "a " << modal->metaObject()->className() << " came up, not a file dialog";
+    const QFileInfo chosen(path);
+    dialog->setDirectory(chosen.absolutePath());
+    // Typed, as a person would: the dialog lists the folder in the background, so a name chosen
+    // from the list might not be there yet.
+    auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    ASSERT_NE(name, nullptr);
+    name->setText(chosen.fileName());
+    static_cast<QDialog*>(dialog)->accept();  // the world dialogs' own accept, as the button would
+}
+
 void answerFileDialog(const QString& path) {
-    answerNextModal([path](QWidget* modal) {
-        auto* dialog = qobject_cast<QFileDialog*>(modal);
-        ASSERT_NE(dialog, nullptr) << "a " << modal->metaObject()->className() << " came up, not a file dialog";
-        const QFileInfo chosen(path);
-        dialog->setDirectory(chosen.absolutePath());
-        dialog->selectFile(chosen.fileName());
-        static_cast<QDialog*>(dialog)->accept();  // the world dialogs' own accept, as the button would
-    });
+    answerNextModal([path](QWidget* modal) { chooseInFileDialog(modal, path); });
 }
 
 void cancelNextDialog() {
@@ -131,15 +146,13 @@ void cancelNextDialog() {
 }
 
 bool quitsWhile(const std::function<void()>& act, int timeoutMs) {
-    QEventLoop loop;
-    bool timedOut = false;
-    QTimer::singleShot(0, &loop, act);
-    QTimer::singleShot(timeoutMs, &loop, [&] {
-        timedOut = true;
-        loop.exit(1);
-    });
-    loop.exec();
-    return !timedOut;
+    // Only the application's own loop hears a quit, so the test runs one.
+    QTimer timeout;
+    timeout.setSingleShot(true);
+    QObject::connect(&timeout, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    timeout.start(timeoutMs);
+    QTimer::singleShot(0, qApp, act);
+    return QApplication::exec() == 0;
 }
 
 AppTest::AppTest() {
@@ -175,11 +188,15 @@ QString AppTest::settingsFile() const { return dir.filePath(QStringLiteral("conf
 
 QString AppTest::makeWorldPackage(const QString& name, const QString& folder) {
     const QString parent = folder.isEmpty() ? dir.path() : folder;
+    // Made as another program would: the running application's known worlds do not hear of it.
+    Preferences* const running = gPrefs;
+    gPrefs = nullptr;
     WorldFixture maker;
     maker.world.setName(name);
     EXPECT_NE(maker.addLoop(maker.writeSound(QStringLiteral("loop.wav"), 0.5)), 0u);
     const QString packageName = name + QStringLiteral(".sylvora");
     EXPECT_EQ(maker.world.doSaveAs(refOf(parent), packageName), 0);
+    gPrefs = running;
     return QDir(parent).filePath(packageName);
 }
 

@@ -31,6 +31,7 @@ struct MessageSeen {
 void answerMessageBox(int standardButton, MessageSeen* seen = nullptr);
 // Chooses `path` in the next file dialog (a package to open, or the folder and name to save as).
 void answerFileDialog(const QString& path);
+void chooseInFileDialog(QWidget* fileDialog, const QString& path);
 void cancelNextDialog();
 
 // Runs the event loop around `act` until the application is asked to quit; false after `timeoutMs`.

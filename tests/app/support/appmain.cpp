@@ -6,6 +6,8 @@
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
+    // Offscreen unless told otherwise, also when the build lists the tests without a display.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Sylvora"));
     QApplication::setApplicationName(QStringLiteral("Sylvora"));

@@ -1,0 +1,180 @@
+// Replacing the one world with unsaved changes: the ask-save-changes box, the Open and Save As
+// dialogs, and the action waiting behind them, answered as a person would answer them.
+
+#include <QFileInfo>
+#include <QMenu>
+
+#include "app/editor/worldeditorwindow.h"
+#include "app/info/getinfowindow.h"
+#include "app/shell/applicationevents.h"
+#include "app/shell/commanddispatch.h"
+#include "app/shell/documentflow.h"
+#include "app/shell/globals.h"
+#include "app/shell/menus.h"
+#include "app/shell/worldfiledialogs.h"
+#include "app/support/appfixture.h"
+#include "core/platform/beep.h"
+#include "support/worldfixture.h"
+
+using namespace sylvora;
+using namespace sylvora::app;
+using namespace sylvora::test;
+
+namespace {
+
+class DocumentFlow : public AppTest {
+protected:
+    // The current world with unsaved changes, loaded from `package` or never saved.
+    void changeWorld(const QString& package = {}) {
+        if (!package.isEmpty()) {
+            ASSERT_EQ(gCurrentWorld->loadFromPackage(WorldFixture::ref(package)), noErr);
+        }
+        gCurrentWorld->setDescription(QStringLiteral("changed by the person"));
+        ASSERT_TRUE(gCurrentWorld->getModified());
+    }
+    bool idle() const {
+        return gAskSaveChangesAction == ASK_SAVE_CHANGES_NONE && !gNextOpenDocument && navOpenDialog.isNull() &&
+               navPutDialog.isNull() && navAskSaveChangesDialog.isNull();
+    }
+};
+
+}  // namespace
+
+TEST_F(DocumentFlow, QuitAsksNamingTheWorldAndCancelKeepsEverything) {
+    gCurrentWorld->setName(QStringLiteral("Marsh"));
+    MessageSeen ask;
+    answerMessageBox(QMessageBox::Cancel, &ask);
+    EXPECT_FALSE(quitsWhile([] { dispatchCommand(command::QUIT); }, 1500));
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_TRUE(ask.text.contains(QStringLiteral("Marsh"))) << ask.text.toStdString();
+    EXPECT_TRUE(ask.text.contains(QStringLiteral("quit"))) << ask.text.toStdString();
+    EXPECT_TRUE(idle());
+    EXPECT_TRUE(gCurrentWorld->getModified());
+
+    // A second request while the box is up is dropped with a beep.
+    int beeps = 0;
+    setSysBeepHook([&beeps] { ++beeps; });
+    doAskSaveChanges(ASK_SAVE_CHANGES_NEW_WORLD, nullptr);
+    doAskSaveChanges(ASK_SAVE_CHANGES_QUIT, nullptr);
+    EXPECT_EQ(beeps, 1);
+    EXPECT_EQ(gAskSaveChangesAction, ASK_SAVE_CHANGES_NEW_WORLD);
+    EXPECT_TRUE(navAskSaveChangesDialog->text().contains(QStringLiteral("clos")));
+    setSysBeepHook({});
+    cancelNextDialog();
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_TRUE(idle());
+}
+
+TEST_F(DocumentFlow, QuitSavingANeverSavedWorldCancelledInSaveAsKeepsRunning) {
+    changeWorld();
+    answerMessageBox(QMessageBox::Save);
+    cancelNextDialog();  // the Save As dialog the save leads to
+    EXPECT_FALSE(quitsWhile([] { dispatchCommand(command::QUIT); }, 1500));
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_TRUE(idle());
+    EXPECT_TRUE(gCurrentWorld->getModified());
+}
+
+TEST_F(DocumentFlow, QuitSavingANeverSavedWorldSavesRecordsAndQuits) {
+    changeWorld();
+    gCurrentWorld->setName(QStringLiteral("Dunes"));
+    answerMessageBox(QMessageBox::Save);
+    answerFileDialog(dir.filePath(QStringLiteral("My Dunes")));  // the extension is added
+    EXPECT_TRUE(quitsWhile([] { dispatchCommand(command::QUIT); }));
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_TRUE(QFileInfo(dir.filePath(QStringLiteral("My Dunes.sylvora/data.plist"))).isFile());
+    EXPECT_FALSE(gCurrentWorld->getModified());
+    EXPECT_TRUE(gPrefs->isAKnownWorld(WorldFixture::ref(dir.filePath(QStringLiteral("My Dunes.sylvora")))));
+}
+
+TEST_F(DocumentFlow, KnownWorldWithDontSaveOpensItAndReleasesTheWaitingAlias) {
+    const QString other = makeWorldPackage(QStringLiteral("Other"));
+    gPrefs->updateKnownWorlds(WorldFixture::aliasOf(other).get(), QStringLiteral("Other"));
+    changeWorld(makeWorldPackage(QStringLiteral("Current")));
+    answerMessageBox(QMessageBox::Discard);
+    dispatchCommand(Preferences::KNOWN_WORLD_COMMAND_BASE + 0);
+    EXPECT_EQ(gAskSaveChangesAction, ASK_SAVE_CHANGES_OPEN_DOCUMENT);
+    EXPECT_TRUE(gNextOpenDocument);
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Other"));
+    EXPECT_TRUE(gCurrentWorld->isPlaying());
+    EXPECT_TRUE(idle());
+}
+
+TEST_F(DocumentFlow, OpenWithDontSaveShowsTheOpenDialogAndANewWorldShowsItsInformation) {
+    const QString fresh = makeWorldPackage(QStringLiteral("Fresh"));
+    changeWorld();
+    answerMessageBox(QMessageBox::Discard);
+    answerNextModal([fresh](QWidget* modal) {
+        ASSERT_EQ(modal, navOpenDialog.data());
+        ASSERT_NE(qobject_cast<WorldOpenDialog*>(modal), nullptr);
+        EXPECT_EQ(gAskSaveChangesAction, ASK_SAVE_CHANGES_NONE);
+        // A second Open while one is up only beeps.
+        int beeps = 0;
+        setSysBeepHook([&beeps] { ++beeps; });
+        doWorldOpenPrompt();
+        setSysBeepHook({});
+        EXPECT_EQ(beeps, 1);
+        chooseInFileDialog(modal, fresh);
+    });
+    dispatchCommand(command::OPEN);
+    ASSERT_TRUE(waitForAnswers());
+    ASSERT_TRUE(processEventsUntil([] { return navOpenDialog.isNull(); }));
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Fresh"));
+    EXPECT_TRUE(gGetInfoWindow->isVisible()) << "a world never met before presents its information";
+    EXPECT_TRUE(gCurrentWorld->isPlaying());
+    EXPECT_TRUE(idle());
+}
+
+TEST_F(DocumentFlow, NewWithSaveSavesInPlaceThenStartsTheEditorOnAnEmptyWorld) {
+    const QString package = makeWorldPackage(QStringLiteral("Kept"));
+    changeWorld(package);
+    gGetInfoWindow->show();
+    answerMessageBox(QMessageBox::Save);
+    dispatchCommand(command::NEW);
+    ASSERT_TRUE(waitForAnswers());
+    ASSERT_TRUE(processEventsUntil([] { return gWorldEditorWindow->isVisible(); }));
+    EXPECT_FALSE(gGetInfoWindow->isVisible());
+    EXPECT_EQ(gCurrentWorld->getName(), QString());
+    EXPECT_EQ(gCurrentWorld->getPackageAlias(), nullptr);
+    EXPECT_TRUE(idle());
+    WorldFixture reread;  // what the save left on disk
+    ASSERT_EQ(reread.load(package), noErr);
+    EXPECT_EQ(reread.world.getDescription(), QStringLiteral("changed by the person"));
+}
+
+TEST_F(DocumentFlow, SaveAsFromTheMenuAsksBeforeReplacingAndLeavesNothingWaiting) {
+    const QString existing = makeWorldPackage(QStringLiteral("Taken"));
+    gCurrentWorld->setName(QStringLiteral("Taken"));
+    answerNextModal([existing](QWidget* modal) {
+        auto* dialog = qobject_cast<WorldSaveDialog*>(modal);
+        ASSERT_NE(dialog, nullptr);
+        EXPECT_EQ(dialog->selectedFiles().value(0).section(u'/', -1), QStringLiteral("Taken.sylvora"));
+        chooseInFileDialog(modal, existing);
+    });
+    answerMessageBox(QMessageBox::Yes);  // replace it
+    dispatchCommand(command::SAVE_AS);
+    ASSERT_TRUE(waitForAnswers());
+    ASSERT_TRUE(processEventsUntil([] { return navPutDialog.isNull(); }));
+    EXPECT_TRUE(idle());
+    EXPECT_NE(gCurrentWorld->getPackageAlias(), nullptr);
+
+    // The new package is listed, checked, the next time the menu opens.
+    knownWorldsMenuEventHandler();
+    const auto items = getMenu(KNOWN_WORLDS_MENU_ID)->actions();
+    ASSERT_EQ(items.size(), 1);
+    EXPECT_EQ(items.at(0)->text(), QStringLiteral("Taken"));
+    EXPECT_TRUE(items.at(0)->isChecked());
+}
+
+TEST_F(DocumentFlow, DroppedWorldWithUnsavedChangesWaitsUntilCancelled) {
+    changeWorld();
+    const QString dropped = makeWorldPackage(QStringLiteral("Dropped"));
+    EXPECT_EQ(doOpenDocsEvent({dropped}), noErr);
+    EXPECT_EQ(gAskSaveChangesAction, ASK_SAVE_CHANGES_OPEN_DOCUMENT);
+    EXPECT_TRUE(gNextOpenDocument);
+    cancelNextDialog();
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_TRUE(idle());
+    EXPECT_NE(gCurrentWorld->getName(), QStringLiteral("Dropped"));
+}

@@ -1,0 +1,84 @@
+// The window base, the text notifier and the error alert.
+
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QPlainTextEdit>
+#include <QtTest/QTest>
+
+#include "app/info/getinfowindow.h"
+#include "app/shell/alerts.h"
+#include "app/shell/globals.h"
+#include "app/support/appfixture.h"
+#include "app/windows/mycarbonwindow.h"
+#include "app/windows/textchangenotifier.h"
+
+using namespace sylvora;
+using namespace sylvora::app;
+using namespace sylvora::test;
+
+namespace {
+
+class ShellWindows : public AppTest {};
+
+class ListeningWindow : public MyCarbonWindow {
+public:
+    ListeningWindow() : MyCarbonWindow(QStringLiteral("AboutWindow")) {}
+    void handleTextChanged(QWidget* control) override { changed.push_back(control); }
+    QMainWindow* platform() const { return window; }
+    std::vector<QWidget*> changed;
+};
+
+}  // namespace
+
+TEST_F(ShellWindows, TheCloseBoxHidesAndTheWindowComesBackAsItWas) {
+    gGetInfoWindow->show();
+    QWidget* window = gGetInfoWindow->getWindow();
+    window->resize(420, 300);
+    EXPECT_FALSE(window->close());  // refused: the window only hides
+    EXPECT_FALSE(gGetInfoWindow->isVisible());
+    gGetInfoWindow->show();
+    EXPECT_EQ(gGetInfoWindow->getWindow(), window);
+    EXPECT_EQ(window->size(), QSize(420, 300));
+    EXPECT_EQ(MyCarbonWindow::fromWidget(window), gGetInfoWindow);
+    EXPECT_EQ(gGetInfoWindow->myGetControlByID(fourCharCode("none"), 1), nullptr);
+}
+
+TEST_F(ShellWindows, TextNotifierPostsOnlyForAPersonsEditsAndThroughTheLoop) {
+    ListeningWindow owner;
+    auto* line = new QLineEdit(owner.platform());
+    auto* text = new QPlainTextEdit(owner.platform());
+    TextChangeNotifier::installTextChangeNotifier(line);
+    TextChangeNotifier::installTextChangeNotifier(text);
+    owner.show();
+
+    line->setText(QStringLiteral("from the program"));
+    TextChangeNotifier::setTextWithoutNotice(text, QStringLiteral("also from the program"));
+    QTest::keyClick(line, Qt::Key_A);
+    QTest::keyClick(text, Qt::Key_B);
+    EXPECT_TRUE(owner.changed.empty()) << "delivered later, by the loop";
+    ASSERT_TRUE(processEventsUntil([&owner] { return owner.changed.size() >= 2; }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(owner.changed, (std::vector<QWidget*>{line, text}));
+    EXPECT_EQ(line->text(), QStringLiteral("from the programa")) << "the key itself is never held back";
+}
+
+TEST_F(ShellWindows, ErrorAlertShowsTheBareStatusAndWhatItMeans) {
+    struct Case {
+        OSStatus status;
+        QString informative;
+        bool explained;
+    };
+    for (const Case& c : {Case{-43, "-43", true}, Case{32767, "32767", true}, Case{-32768, "-32768", false},
+                          Case{0, "", false}}) {
+        MessageSeen seen;
+        answerMessageBox(QMessageBox::Ok, &seen);
+        showErrorAlert(QStringLiteral("Error Opening World"), c.status);
+        ASSERT_TRUE(waitForAnswers());
+        EXPECT_EQ(seen.text, QStringLiteral("Error Opening World"));
+        EXPECT_EQ(seen.informativeText, c.informative);
+        EXPECT_EQ(!seen.detailedText.isEmpty(), c.explained) << c.status;
+        if (c.status == -43) {
+            EXPECT_TRUE(seen.detailedText.contains(QStringLiteral("File not found")));
+        }
+    }
+}
