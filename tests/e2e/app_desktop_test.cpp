@@ -1,0 +1,189 @@
+// The desktop application as a person's session runs it: the built sylvora on a private X server
+// (Xvfb) and a private PulseAudio server, with its own settings. It opens a world named on the
+// command line and is heard, a second launch hands its world over and exits, SIGTERM ends it with
+// the preferences written, and a launch without arguments plays the last world again.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSettings>
+#include <QThread>
+
+#include "pulseserver.h"
+#include "support/signalanalysis.h"
+#include "support/soundfiles.h"
+#include "support/tempdir.h"
+
+using namespace sylvora::test;
+
+namespace {
+
+constexpr int RECORD_RATE = 48000;
+
+QString writeToneWorld(const TempDir& temp, const QString& name, double frequency) {
+    const QString package = temp.makeDir(name + QStringLiteral(".sylvora"));
+    temp.makeDir(name + QStringLiteral(".sylvora/Environment Sounds"));
+    temp.makeDir(name + QStringLiteral(".sylvora/Loop Sounds"));
+    ToneSpec tone;
+    tone.frequency = frequency;
+    tone.seconds = 30.0;
+    tone.sampleRate = 44100;
+    EXPECT_TRUE(writeSoundFile(package + QStringLiteral("/Loop Sounds/tone.flac"), tone));
+    QFile plist(package + QStringLiteral("/data.plist"));
+    EXPECT_TRUE(plist.open(QIODevice::WriteOnly));
+    plist.write(QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+                               "<key>Name</key><string>%1</string>"
+                               "<key>Loop Sounds Crossfade Duration</key><integer>0</integer>"
+                               "<key>Loop Sounds</key><array><dict><key>File Name</key><string>tone.flac</string>"
+                               "<key>Volume</key><real>1.0</real></dict></array>"
+                               "<key>Environment Sounds</key><array/></dict></plist>\n")
+                    .arg(name)
+                    .toUtf8());
+    return package;
+}
+
+// An X server of the test's own, on the first free display it finds.
+class XServer {
+public:
+    bool start(QString& why) {
+        server.setProgram(QStringLiteral("Xvfb"));
+        server.setArguments({QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                             QStringLiteral("0"), QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"),
+                             QStringLiteral("tcp")});
+        server.start();
+        if (!server.waitForStarted(5000)) {
+            why = server.errorString();
+            return false;
+        }
+        while (!server.canReadLine() && server.waitForReadyRead(10000)) {
+        }
+        const QString number = QString::fromLatin1(server.readLine()).trimmed();
+        if (number.isEmpty()) {
+            why = QStringLiteral("Xvfb named no display: ") + QString::fromLocal8Bit(server.readAllStandardError());
+            return false;
+        }
+        display = QStringLiteral(":") + number;
+        return true;
+    }
+    ~XServer() {
+        server.terminate();
+        server.waitForFinished(5000);
+    }
+    QString display;
+
+private:
+    QProcess server;
+};
+
+class Session {
+public:
+    Session(const TempDir& folder, const PulseServer& pulse, const QString& display) : temp(folder) {
+        environment = pulse.clientEnvironment();
+        environment.insert(QStringLiteral("DISPLAY"), display);
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), temp.makeDir(QStringLiteral("session/config")));
+        environment.insert(QStringLiteral("XDG_CACHE_HOME"), temp.makeDir(QStringLiteral("session/cache")));
+        const QString runtime = temp.makeDir(QStringLiteral("session/runtime"));
+        ::chmod(runtime.toLocal8Bit().constData(), 0700);
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("unix:path=") + runtime + "/no-bus");
+        recorderEnvironment = pulse.clientEnvironment();
+    }
+
+    std::unique_ptr<QProcess> launch(const QStringList& arguments, const QString& folder = {}) const {
+        auto app = std::make_unique<QProcess>();
+        if (!folder.isEmpty()) app->setWorkingDirectory(folder);
+        app->setProcessEnvironment(environment);
+        app->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        app->start(QStringLiteral(SYLVORA_APP_PATH), arguments);
+        EXPECT_TRUE(app->waitForStarted(5000)) << app->errorString().toStdString();
+        return app;
+    }
+
+    // Records the sink for `seconds` and returns the loudest second's level and pitch.
+    std::pair<double, double> listen(double seconds) const {
+        const QString file = temp.filePath(QStringLiteral("recording-%1.raw").arg(++recordings));
+        QProcess recorder;
+        recorder.setProcessEnvironment(recorderEnvironment);
+        recorder.setStandardOutputFile(file);
+        recorder.start(QStringLiteral("parec"), {QStringLiteral("-d"), QStringLiteral("sylvora_test.monitor"),
+                                                 QStringLiteral("--raw"), QStringLiteral("--format=s16le"),
+                                                 QStringLiteral("--rate=%1").arg(RECORD_RATE),
+                                                 QStringLiteral("--channels=2")});
+        EXPECT_TRUE(recorder.waitForStarted(5000));
+        QThread::msleep(static_cast<unsigned long>(seconds * 1000));
+        recorder.terminate();
+        recorder.waitForFinished(5000);
+        QFile raw(file);
+        if (!raw.open(QIODevice::ReadOnly)) return {0.0, 0.0};
+        const std::vector<float> samples = monoFromS16Stereo(raw.readAll());
+        if (samples.size() < std::size_t{RECORD_RATE}) return {0.0, 0.0};
+        const std::size_t loudest = loudestWindow(samples, RECORD_RATE);
+        return {rms(samples, loudest, RECORD_RATE),
+                dominantFrequency(samples, loudest, RECORD_RATE, RECORD_RATE, 100.0, 8000.0)};
+    }
+
+    QString settingsFile() const {
+        return environment.value(QStringLiteral("XDG_CONFIG_HOME")) + QStringLiteral("/Sylvora/Sylvora.ini");
+    }
+
+private:
+    const TempDir& temp;
+    QProcessEnvironment environment;
+    QProcessEnvironment recorderEnvironment;
+    mutable int recordings = 0;
+};
+
+void endWithSigterm(QProcess& app) {
+    ::kill(static_cast<pid_t>(app.processId()), SIGTERM);
+    ASSERT_TRUE(app.waitForFinished(10000)) << "SIGTERM did not end the application";
+    EXPECT_EQ(app.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(app.exitCode(), 0);
+}
+
+}  // namespace
+
+TEST(DesktopApplication, OpensIsHeardHandsOverQuitsOnSigtermAndReopensTheLastWorld) {
+    TempDir temp;
+    PulseServer pulse(temp.makeDir(QStringLiteral("pulse")));
+    XServer x;
+    QString why;
+    if (!pulse.start(why)) GTEST_SKIP() << "No PulseAudio server can run here: " << why.toStdString();
+    if (!x.start(why)) GTEST_SKIP() << "No Xvfb can run here: " << why.toStdString();
+    const QString low = writeToneWorld(temp, QStringLiteral("Low"), 700.0);
+    const QString high = writeToneWorld(temp, QStringLiteral("High"), 1800.0);
+    Session session(temp, pulse, x.display);
+
+    const auto first = session.launch({low});
+    auto [level, pitch] = session.listen(4.0);
+    EXPECT_GT(level, 0.1) << "the world named on the command line is not heard";
+    EXPECT_NEAR(pitch, 700.0, 5.0);
+
+    // A second launch hands its world over and leaves at once; the first plays it.
+    const auto second = session.launch({QStringLiteral("High.sylvora")}, temp.path());  // made absolute
+    ASSERT_TRUE(second->waitForFinished(10000));
+    EXPECT_EQ(second->exitCode(), 0);
+    EXPECT_EQ(first->state(), QProcess::Running);
+    QThread::msleep(1000);
+    std::tie(level, pitch) = session.listen(3.0);
+    EXPECT_GT(level, 0.1);
+    EXPECT_NEAR(pitch, 1800.0, 5.0);
+
+    endWithSigterm(*first);
+    QSettings stored(session.settingsFile(), QSettings::IniFormat);
+    EXPECT_TRUE(QFile::exists(session.settingsFile()));
+    EXPECT_TRUE(stored.contains(QStringLiteral("Last Played"))) << stored.allKeys().join(u' ').toStdString();
+    EXPECT_TRUE(stored.contains(QStringLiteral("Master Volume")));
+
+    // No arguments: the last world plays again.
+    const auto third = session.launch({});
+    std::tie(level, pitch) = session.listen(4.0);
+    EXPECT_GT(level, 0.1);
+    EXPECT_NEAR(pitch, 1800.0, 5.0);
+    endWithSigterm(*third);
+    pulse.stop();
+}
