@@ -4,7 +4,7 @@
 #include <QLayout>
 #include <QPixmap>
 
-#include "app/info/inforesources.h"
+#include "app/resources/appresources.h"
 #include "app/info/linklabel.h"
 #include "app/shell/helpbook.h"
 #include "core/picture/pictureutils.h"
@@ -12,7 +12,7 @@
 namespace sylvora::app {
 
 AboutWindow::AboutWindow() : MyCarbonWindow(QStringLiteral("AboutWindow")) {
-    initInfoResources();
+    initApplicationResources();
     if (window == nullptr) return;
     for (int id : {EMAIL_LINK_ID, WEB_LINK_ID}) {
         if (auto* link = qobject_cast<LinkLabel*>(myGetControlByID(CONTROLS_SIGNATURE, id))) {

@@ -10,7 +10,7 @@
 #include "app/info/getinfowindowfont.h"
 #include "app/info/infoimageview.h"
 #include "app/info/infooverlay.h"
-#include "app/info/inforesources.h"
+#include "app/resources/appresources.h"
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
 #include "core/picture/pictureutils.h"
@@ -24,7 +24,7 @@ const QColor EMPTY_PICTURE_COLOR(0x26, 0x2a, 0x2e);
 }  // namespace
 
 GetInfoWindow::GetInfoWindow() : MyCarbonWindow(QStringLiteral("GetInfoWindow")) {
-    initInfoResources();
+    initApplicationResources();
     getGetInfoWindowFontRef(&fontRef, nullptr);
     fontRatios = fontRatiosOf(fontRef);
     if (window == nullptr) return;

@@ -19,6 +19,7 @@
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/aboutwindow.h"
 #include "app/info/getinfowindow.h"
+#include "app/resources/appresources.h"
 #include "app/shell/applicationevents.h"
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
@@ -35,6 +36,7 @@ namespace sylvora::app {
 namespace {
 
 struct Runtime {
+    QObject connections;  // the context of every connection start-up makes: gone at shut-down
     std::unique_ptr<audio::Engine> engine;
     std::unique_ptr<audio::AudioOutput> output;
     std::unique_ptr<QtEventLoop> eventLoop;
@@ -49,8 +51,10 @@ void watchWindows() {
         QObject::connect(window, &PlatformWindow::visibilityChanged, [] { ShellEvents::instance().notifyStateChanged(); });
         QObject::connect(window, &PlatformWindow::closedByUser, [] { windowClosedByUser(); });
     }
-    QObject::connect(qApp, &QApplication::focusChanged, [] { enableMenuItemsEventHandler(); });
-    QObject::connect(&ShellEvents::instance(), &ShellEvents::stateChanged, [] { enableMenuItemsEventHandler(); });
+    QObject* context = &gRuntime->connections;
+    QObject::connect(qApp, &QApplication::focusChanged, context, [] { enableMenuItemsEventHandler(); });
+    QObject::connect(&ShellEvents::instance(), &ShellEvents::stateChanged, context,
+                     [] { enableMenuItemsEventHandler(); });
 }
 
 void askBeforeLogout(QSessionManager& manager) {
@@ -68,6 +72,7 @@ QString preferencesFilePath() {
 }
 
 void startUp(const StartUpOptions& options) {
+    initApplicationResources();
     gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
     gNextOpenDocument.reset();
     navOpenDialog = nullptr;
@@ -95,7 +100,7 @@ void startUp(const StartUpOptions& options) {
         else if (!folders.isEmpty()) offerWorldFromFolder(folders.front());
     });
     gRuntime->sleepTimer = std::make_unique<SleepTimerMenu>(*gCurrentWorld);
-    QObject::connect(qApp, &QGuiApplication::commitDataRequest, askBeforeLogout);
+    QObject::connect(qApp, &QGuiApplication::commitDataRequest, &gRuntime->connections, askBeforeLogout);
     if (options.tray) {
         gRuntime->tray = std::make_unique<TrayIcon>();
         setTrayAvailable(gRuntime->tray->isShown());
@@ -155,6 +160,7 @@ int runApplication(int argc, char** argv) {
     QApplication::setApplicationDisplayName(QStringLiteral("Sylvora"));
     QApplication::setApplicationVersion(QStringLiteral(SYLVORA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("sylvora"));
+    initApplicationResources();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/sylvora.svg")));
     QApplication::setQuitOnLastWindowClosed(false);  // closing a window only hides it
     installStringTables();
