@@ -13,10 +13,7 @@ source "$(dirname "$0")/app_common.sh"
 rounds=${2:-4}
 seconds=${3:-12}
 
-sox -D -n -r 44100 -c 2 "$scratch/brook.flac" synth 120 pinknoise vol 0.25 2> /dev/null
-sox -D -n -r 44100 -c 2 "$scratch/breeze.flac" synth 120 brownnoise vol 0.25 2> /dev/null
-"$synth" assemble "$scratch/Two Loops.sylvora" --name "Two Loops" --crossfade 119 \
-  --loop "$scratch/brook.flac" --loop "$scratch/breeze.flac"
+make_two_loops_world
 start_pulse
 start_x
 

@@ -27,12 +27,7 @@ source "$(dirname "$0")/world_common.sh"
 rounds=${2:-5}
 seconds=${3:-12}
 
-sox -D -n -r 44100 -c 2 "$scratch/brook.flac" synth 120 pinknoise vol 0.25 2> /dev/null
-sox -D -n -r 44100 -c 2 "$scratch/breeze.flac" synth 120 brownnoise vol 0.25 2> /dev/null
-# A crossfade of 119 s on 120-s loops: the second loop joins one second in, so both loops play
-# and fade, tick by tick, for the whole measured time, as sox mixes both files all the time.
-"$synth" assemble "$scratch/Two Loops.sylvora" --name "Two Loops" --crossfade 119 \
-  --loop "$scratch/brook.flac" --loop "$scratch/breeze.flac" > /dev/null
+make_two_loops_world
 start_pulse
 
 if [[ -d /sys/fs/cgroup/cpuacct ]]; then

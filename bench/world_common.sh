@@ -53,3 +53,13 @@ start_pulse() {
 
 # The least of a list of numbers.
 least() { printf '%s\n' "$@" | sort -g | head -n 1; }
+
+# The world the playback figures share: two two-minute 44.1 kHz FLAC loops crossfading over 119 s,
+# so the second loop joins one second in and both play and fade, tick by tick, for the whole measured
+# time, as sox mixes both files all the time. Leaves the files in $scratch.
+make_two_loops_world() {
+  sox -D -n -r 44100 -c 2 "$scratch/brook.flac" synth 120 pinknoise vol 0.25 2> /dev/null
+  sox -D -n -r 44100 -c 2 "$scratch/breeze.flac" synth 120 brownnoise vol 0.25 2> /dev/null
+  "$synth" assemble "$scratch/Two Loops.sylvora" --name "Two Loops" --crossfade 119 \
+    --loop "$scratch/brook.flac" --loop "$scratch/breeze.flac" > /dev/null
+}

@@ -90,7 +90,16 @@ void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
         if (!holds(aliasData, QMetaType::QByteArray)) continue;
         const AliasHandle alias = Alias::fromBytes(aliasData.toByteArray());
         if (!alias) continue;
-        updateKnownWorlds(alias.get(), holds(name, QMetaType::QString) ? name.toString() : QString());
+        const QString storedName = holds(name, QMetaType::QString) ? name.toString() : QString();
+        FSRef resolved;
+        if (FSResolveAlias(*alias, resolved) == nsvErr && numKnownWorlds < MAX_KNOWN_WORLDS) {
+            // A world on a drive that is not plugged in stays known, under its stored name, until
+            // the drive comes back; only a package that is gone leaves the list.
+            knownWorlds[static_cast<std::size_t>(numKnownWorlds++)] = KnownWorld{alias->copy(), storedName};
+            knownWorldsNeedSorting = true;
+            continue;
+        }
+        updateKnownWorlds(alias.get(), storedName);
     }
 }
 

@@ -298,6 +298,13 @@ TEST(AliasVolumes, WorldOnAnUnmountedFileSystemIsNoSuchVolumeAndStaysKnown) {
     EXPECT_EQ(prefs.getNumKnownWorlds(), 1);
     EXPECT_EQ(menu.items, 1);
     EXPECT_EQ(FSResolveAlias(*prefs.getIndKnownWorldAlias(0), out), nsvErr);
+
+    // And at the next launch, still under its name.
+    prefs.savePreferences();
+    Preferences nextRun(dir.filePath("prefs.ini"));
+    nextRun.loadPreferences();
+    ASSERT_EQ(nextRun.getNumKnownWorlds(), 1);
+    EXPECT_EQ(nextRun.getIndKnownWorldName(0), QStringLiteral("Rain"));
 }
 
 // Runs a system tool; its standard output, or none when it failed.
