@@ -35,6 +35,8 @@ namespace sylvora::app {
 
 namespace {
 
+constexpr int APPLICATION_ENGINE_RATE = 44100;
+
 struct Runtime {
     QObject connections;  // the context of every connection start-up makes: gone at shut-down
     std::unique_ptr<audio::Engine> engine;
@@ -82,7 +84,10 @@ void startUp(const StartUpOptions& options) {
     installDesktopBeep();
 
     gRuntime = std::make_unique<Runtime>();
-    gRuntime->engine = std::make_unique<audio::Engine>();
+    // The engine runs at CD rate, the rate of most sound files, so their loops are decoded straight
+    // into it and the sound server does the one conversion to the device, as it must anyway. The
+    // world is not known yet here, and one engine serves every world opened later.
+    gRuntime->engine = std::make_unique<audio::Engine>(APPLICATION_ENGINE_RATE);
     gRuntime->eventLoop = std::make_unique<QtEventLoop>();
     gRuntime->output = options.audioDevice ? audio::openDefaultOutput(*gRuntime->engine)
                                            : audio::makeNullOutput(*gRuntime->engine);

@@ -164,10 +164,30 @@ std::shared_ptr<const MountTable> MountTable::current() {
     const QByteArray text = readProcFile("/proc/self/mountinfo");
     const std::lock_guard lock(mutex);
     if (!cached || text != cachedText) {
-        cached = fromMountInfo(text);
+        auto table = std::const_pointer_cast<MountTable>(fromMountInfo(text));
+        table->addRootWhenHidden();
+        cached = std::move(table);
         cachedText = text;
     }
     return cached;
+}
+
+void MountTable::addRootWhenHidden() {
+    // Inside a chroot the kernel leaves out every mount whose mount point lies outside the new
+    // root, the one that holds "/" included; that file system is then the root of this view.
+    for (const MountEntry& mount : entries_)
+        if (mount.mountPoint == "/")
+            return;
+    struct stat info {};
+    if (::stat("/", &info) != 0)
+        return;
+    MountEntry root;
+    root.device = info.st_dev;
+    root.root = "/";
+    root.mountPoint = "/";
+    root.fsType = "root";
+    root.volumeId = "root:" + QByteArray::number(static_cast<quint64>(info.st_dev));
+    entries_.push_back(std::move(root));
 }
 
 const MountEntry* MountTable::mountOf(const QByteArray& canonicalPath, const FileIdentity& identity) const {

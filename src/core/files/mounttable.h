@@ -49,6 +49,8 @@ class MountTable {
     std::vector<const MountEntry*> mountsOfDevice(quint64 device) const;
 
   private:
+    void addRootWhenHidden();
+
     std::vector<MountEntry> entries_;
 };
 
