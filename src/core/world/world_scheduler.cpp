@@ -8,7 +8,6 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 #include "audio/engine/engine.h"
 #include "audio/engine/soundinstance.h"
@@ -303,8 +302,7 @@ void World::serviceMovie(MovieEntry& entry, double now) {
 // [main] The timer procedure. Sounds may be added while the walk runs (a successor needing a new
 // instance), so the count is read again at every step and new entries are visited this tick.
 // It runs fifteen times a second all day, so it does only what can change: with no entry due it
-// returns after the engine's service (which frees what the audio thread let go), and the
-// scheduling is checked again only when the walk changed it.
+// returns after the engine's service (which frees what the audio thread let go).
 void World::moviesTaskTimer(EventLoopTimerRef /*timer*/, void* world) {
     World& self = *static_cast<World*>(world);
     if (self.numMovies < 1) {
@@ -312,28 +310,15 @@ void World::moviesTaskTimer(EventLoopTimerRef /*timer*/, void* world) {
     }
     const double now = self.eventLoop.currentEventTime();
     self.engine.service();
-    const auto scheduling = [&self] {
-        std::uint64_t hash = static_cast<std::uint64_t>(self.numMovies);
-        for (int i = 0; i < self.numMovies; ++i) {
-            const MovieEntry& entry = self.movies[static_cast<std::size_t>(i)];
-            std::uint64_t start = 0;
-            std::memcpy(&start, &entry.startTime, sizeof start);
-            hash = (hash ^ start ^ static_cast<std::uint64_t>(entry.soundID)) * 0x100000001B3ull;
-        }
-        return hash;
-    };
     const bool due = std::any_of(self.movies.begin(), self.movies.begin() + self.numMovies,
                                  [now](const MovieEntry& entry) { return entry.startTime > 0.0 && now >= entry.startTime; });
     if (!due) {
         return;
     }
-    const std::uint64_t before = scheduling();
     for (int i = 0; i < self.numMovies; ++i) {
         self.serviceMovie(self.movies[static_cast<std::size_t>(i)], now);
     }
-    if (scheduling() != before) {
-        self.validateScheduling();
-    }
+    self.validateScheduling();
 }
 
 }  // namespace sylvora
