@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -32,6 +33,16 @@ QByteArray readProcFile(const char* path) {
         text.append(buffer.data(), count);
     }
     return text;
+}
+
+// poll() reports POLLPRI once for each change of the mount namespace since the last poll.
+bool mountsChanged(int watchFd) {
+    pollfd request{watchFd, POLLPRI, 0};
+    int ready = 0;
+    do
+        ready = ::poll(&request, 1, 0);
+    while (ready < 0 && errno == EINTR);
+    return ready < 0 || (request.revents & (POLLPRI | POLLERR | POLLNVAL)) != 0;
 }
 
 // mountinfo writes space, tab, newline and backslash in paths as three octal digits after a backslash.
@@ -158,17 +169,17 @@ std::shared_ptr<const MountTable> MountTable::fromMountInfo(const QByteArray& te
 }
 
 std::shared_ptr<const MountTable> MountTable::current() {
+    // Every alias made or resolved asks for the table, a world's load once per sound; the kernel
+    // flags an open mountinfo file when the mounts change, so the text is read again only then.
     static std::mutex mutex;
-    static QByteArray cachedText;
+    static UniqueFd watch(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
     static std::shared_ptr<const MountTable> cached;
-    const QByteArray text = readProcFile("/proc/self/mountinfo");
     const std::lock_guard lock(mutex);
-    if (!cached || text != cachedText) {
-        auto table = std::const_pointer_cast<MountTable>(fromMountInfo(text));
-        table->addRootWhenHidden();
-        cached = std::move(table);
-        cachedText = text;
-    }
+    if (cached && watch.valid() && !mountsChanged(watch.get()))
+        return cached;
+    auto table = std::const_pointer_cast<MountTable>(fromMountInfo(readProcFile("/proc/self/mountinfo")));
+    table->addRootWhenHidden();
+    cached = std::move(table);
     return cached;
 }
 

@@ -7,8 +7,8 @@
 // to find their file system again when it is mounted somewhere else, and to tell "this file system is
 // not mounted" from "this file is gone".
 //
-// Reading the table costs one read of a small proc file; the parsed table is kept while that file's
-// text stays the same, so the UUID lookups are made once per change of the mounts.
+// The parsed table is kept until the kernel reports a change of the mounts, so reading, parsing and
+// the UUID lookups happen once per change of the mounts.
 
 #include <QByteArray>
 #include <memory>
