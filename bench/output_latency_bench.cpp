@@ -1,6 +1,6 @@
 // Plays sound files through the native PulseAudio output, restarting each as it ends, for a
-// while; then times master-volume changes, first in steady play and then with low latency asked,
-// and reports them with the underruns of the whole run. Run by playback_cost.sh (latency) and
+// while; then times master-volume changes and sounds started on the timer's grid, first in steady
+// play and then with low latency asked, and reports them with the underruns of the whole run. Run by playback_cost.sh (latency) and
 // playback_soak.sh (underruns under load) against a private server.
 // Usage: output_latency_bench SECONDS FILE...
 
@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -43,10 +44,49 @@ double heardAfter(audio::PulseOutput& output, std::vector<std::unique_ptr<audio:
     return std::chrono::duration<double>(Clock::now() - set).count();
 }
 
-void report(const char* mode, std::vector<double> times) {
+// Seconds from a sound's scheduled time until the server plays its first frame, when the timer
+// starts it at its first tick at or after that time, as a world's timer starts a due sound.
+double startedAfter(audio::PulseOutput& output, audio::SoundInstance& sound, Clock::time_point timerOrigin,
+                    std::mt19937& random) {
+    const auto tick = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1.0 / 15));
+    const auto scheduled = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
+                                              std::uniform_real_distribution<double>(0.1, 0.5)(random)));
+    const auto ticks = (scheduled - timerOrigin + tick - Clock::duration(1)) / tick;
+    // Readied when scheduled, as a world readies a sound it has scheduled.
+    sound.goToBeginning();
+    sound.prepareToStart();
+    std::this_thread::sleep_until(timerOrigin + ticks * tick);
+    sound.start();
+    const std::uint64_t next = output.framesWritten();
+    pause(0.003);
+    const std::uint64_t landed = std::max(next, output.framesWritten());
+    while (output.framesPlayed() < landed)
+        pause(0.002);
+    const double heard = std::chrono::duration<double>(Clock::now() - scheduled).count();
+    sound.stop();
+    return heard;
+}
+
+void report(const char* what, const char* mode, std::vector<double> times) {
     std::sort(times.begin(), times.end());
-    std::printf("volume change heard, %s: median %.0f ms, slowest %.0f ms (%d changes)\n", mode,
-                1000 * times[times.size() / 2], 1000 * times.back(), CHANGES);
+    std::printf("%s, %s: median %.0f ms, slowest %.0f ms (%d times)\n", what, mode, 1000 * times[times.size() / 2],
+                1000 * times.back(), CHANGES);
+}
+
+void timeChanges(audio::PulseOutput& output, std::vector<std::unique_ptr<audio::SoundInstance>>& sounds,
+                 audio::SoundInstance& added, const char* mode, double spacing) {
+    std::vector<double> times;
+    for (int i = 0; i < CHANGES; ++i) {
+        times.push_back(heardAfter(output, sounds, i % 2 == 0 ? std::int16_t{64} : std::int16_t{128}));
+        pause(spacing + 0.013 * i);  // spread the changes over the output's request cycle
+    }
+    report("volume change heard", mode, times);
+    times.clear();
+    std::mt19937 random(15);
+    const auto timerOrigin = Clock::now();
+    for (int i = 0; i < CHANGES; ++i)
+        times.push_back(startedAfter(output, added, timerOrigin, random));
+    report("sound started after its scheduled time", mode, times);
 }
 
 }  // namespace
@@ -79,9 +119,19 @@ int main(int argc, char** argv) {
     // Steady play at the timer's pace.
     std::vector<std::size_t> current(sounds.size() / 2, 0);  // which of each pair plays
     std::vector<bool> readied(sounds.size() / 2, false);
-    for (const auto end = Clock::now() + std::chrono::duration<double>(seconds); Clock::now() < end;) {
+    const auto began = Clock::now();
+    std::uint64_t underruns = 0;
+    for (const auto end = began + std::chrono::duration<double>(seconds); Clock::now() < end;) {
         pause(1.0 / 15);
         engine.service();
+        // When, so that an underrun can be matched with what else the machine was doing.
+        if (output->underruns() + engine.underruns() != underruns) {
+            underruns = output->underruns() + engine.underruns();
+            std::printf("underrun at %.1f s: %llu at the server, %llu in the engine so far\n",
+                        std::chrono::duration<double>(Clock::now() - began).count(),
+                        static_cast<unsigned long long>(output->underruns()),
+                        static_cast<unsigned long long>(engine.underruns()));
+        }
         for (std::size_t pair = 0; pair < current.size(); ++pair) {
             audio::SoundInstance& playing = *sounds[2 * pair + current[pair]];
             audio::SoundInstance& next = *sounds[2 * pair + 1 - current[pair]];
@@ -101,20 +151,14 @@ int main(int argc, char** argv) {
     std::printf("underruns in %.0f s of steady play: %llu at the server, %llu in the engine\n", seconds,
                 static_cast<unsigned long long>(output->underruns()),
                 static_cast<unsigned long long>(engine.underruns()));
-    std::vector<double> times;
-    for (int i = 0; i < CHANGES; ++i) {
-        times.push_back(heardAfter(*output, sounds, i % 2 == 0 ? std::int16_t{64} : std::int16_t{128}));
-        pause(0.1 + 0.013 * i);  // spread the changes over the output's request cycle
-    }
-    report("steady play", times);
+    std::unique_ptr<audio::SoundInstance> added;
+    if (engine.openInstance(argv[2], added) != noErr)
+        return 1;
+    added->setVolume(64);
+    timeChanges(*output, sounds, *added, "steady play", 0.1);
     engine.setLowLatency(true);
     pause(0.5);
-    times.clear();
-    for (int i = 0; i < CHANGES; ++i) {
-        times.push_back(heardAfter(*output, sounds, i % 2 == 0 ? std::int16_t{64} : std::int16_t{128}));
-        pause(0.05 + 0.007 * i);
-    }
-    report("low latency", times);
+    timeChanges(*output, sounds, *added, "low latency", 0.05);
     output->stop();
     std::printf("underruns by the end of the timings: %llu at the server, %llu in the engine\n",
                 static_cast<unsigned long long>(output->underruns()),

@@ -29,7 +29,8 @@ QString AboutWindow::getInfoString() {
 void AboutWindow::show() {
     if (window != nullptr && !graphicLoaded) {
         if (auto* view = qobject_cast<QLabel*>(myGetControlByID(CONTROLS_SIGNATURE, TITLE_GRAPHIC_ID))) {
-            const QImage graphic = makeCGImageFromImageResource(QString::fromLatin1(TITLE_GRAPHIC_IMAGE_FILENAME));
+            const QImage graphic = makeCGImageFromImageResource(QString::fromLatin1(TITLE_GRAPHIC_IMAGE_FILENAME),
+                                                                window->devicePixelRatioF());
             if (!graphic.isNull()) view->setPixmap(QPixmap::fromImage(graphic));
         }
         if (auto* line = qobject_cast<QLabel*>(myGetControlByID(CONTROLS_SIGNATURE, INFO_STRING_ID))) {

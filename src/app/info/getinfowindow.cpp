@@ -127,22 +127,27 @@ void GetInfoWindow::drawImageView(QPainter& painter, const QRect& rect) {
     if (infoShown && overlayWindow == nullptr) drawText(painter, rect);
 }
 
-void GetInfoWindow::overlayRootViewEventHandler(QPainter& painter, const QRect& rect) {
+void GetInfoWindow::overlayRootViewEventHandler(QPainter& painter, const QRect& rect, const QRegion& dirty) {
     if (!infoShown) return;
-    painter.setClipPath(overlayClip(rect), Qt::IntersectClip);
+    // A clip path makes every blend go span by span, and most slide steps never come near the
+    // button, so the texts are clipped only where they would cover it.
+    const QPainterPath keptClear = overlayKeptClear(rect);
+    if (dirty.intersects(keptClear.boundingRect().toAlignedRect())) {
+        QPainterPath clip;
+        clip.addRect(rect);
+        painter.setClipPath(clip.subtracted(keptClear), Qt::IntersectClip);
+    }
     drawText(painter, rect.translated(0, -slideOffset()));
 }
 
-QPainterPath GetInfoWindow::overlayClip(const QRect& rect) const {
-    QPainterPath clip;
-    clip.addRect(rect);
+QPainterPath GetInfoWindow::overlayKeptClear(const QRect& rect) const {
     QPainterPath keptClear;
     keptClear.addRect(rect.right() + 1 - SIZE_BOX_SIZE, rect.bottom() + 1 - SIZE_BOX_SIZE, SIZE_BOX_SIZE, SIZE_BOX_SIZE);
     // A round hole over the button, so that the texts never cover it as they slide past.
     if (toggleInfoButton != nullptr && toggleInfoButton->isVisible()) {
         keptClear.addEllipse(QRectF(toggleInfoButton->geometry()).adjusted(1.5, 1.5, -1.5, -1.5));
     }
-    return clip.subtracted(keptClear);
+    return keptClear;
 }
 
 }  // namespace sylvora::app

@@ -14,9 +14,11 @@
 #include <QPixmap>
 #include <QRawFont>
 #include <QRect>
+#include <QRegion>
 #include <QSize>
 #include <QString>
 #include <memory>
+#include <vector>
 
 #include "app/info/infotext.h"
 #include "app/windows/mycarbonwindow.h"
@@ -80,7 +82,8 @@ public:
 
     // Drawing, called by the image view and the overlay with painters on them.
     void drawImageView(QPainter& painter, const QRect& rect);
-    void overlayRootViewEventHandler(QPainter& painter, const QRect& rect);
+    // `dirty`: the part of `rect` to paint again.
+    void overlayRootViewEventHandler(QPainter& painter, const QRect& rect, const QRegion& dirty);
     // The three texts with their shadow, in place, into a rectangle of a painter.
     void drawText(QPainter& painter, const QRect& rect);
     // The window's own events: its resizes and the maximize button.
@@ -115,8 +118,8 @@ private:
     void zoom();
     void discardTextCache();
     void renderTextImage(QSize size, qreal pixelRatio);
-    QRectF paintTexts(QPainter& painter, double width, double height);
-    QPainterPath overlayClip(const QRect& rect) const;
+    std::vector<QRectF> paintTexts(QPainter& painter, double width, double height);
+    QPainterPath overlayKeptClear(const QRect& rect) const;
 
     QRawFont fontRef;
     FontRatios fontRatios;
@@ -141,6 +144,7 @@ private:
     QPixmap scaledPicture;
     QImage textImage;  // the texts and their shadow, covering textBounds of the view
     QRect textBounds;
+    QRegion textRegion;  // the parts of textBounds that the lines and their shadows cover
     QSize textImageSize;
     qreal textImageRatio = 1.0;
     bool textImageValid = false;

@@ -70,7 +70,7 @@ void GetInfoWindow::scrollTextTimer() {
     if (overlayWindow != nullptr) {
         // Only where the texts were and where they are now, so a still picture is not copied again.
         if (textImageValid) {
-            const QRect moved = textBounds.translated(0, -before) | textBounds.translated(0, -slideOffset());
+            const QRegion moved = textRegion.translated(0, -before) + textRegion.translated(0, -slideOffset());
             overlayWindow->update(moved & overlayWindow->rect());
         } else {
             overlayWindow->update();

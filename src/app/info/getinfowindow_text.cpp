@@ -86,15 +86,15 @@ int GetInfoWindow::breakDescriptionLines(QTextLayout& layout, double lineWidth) 
     return lines;
 }
 
-// Draws the texts in white, without shadow, into a view of width x height; returns the area the
-// lines cover.
-QRectF GetInfoWindow::paintTexts(QPainter& painter, double width, double height) {
+// Draws the texts in white, without shadow, into a view of width x height; returns the area each
+// line covers.
+std::vector<QRectF> GetInfoWindow::paintTexts(QPainter& painter, double width, double height) {
     const InfoTextMetrics m = getTextMetrics(height, fontRatios);
     if (!nameStyle) nameStyle = createATSUIStyle(m.nameSize);
     if (!authorStyle) authorStyle = createATSUIStyle(m.authorSize);
     if (!descriptionStyle) descriptionStyle = createATSUIStyle(m.descriptionSize);
 
-    QRectF covered;
+    std::vector<QRectF> covered;
     // A line is laid out at the reference size, so the painter scales it to the size drawn and
     // puts its own baseline (its top plus its ascent) on the wanted one.
     const auto drawLine = [&](const QTextLine& line, const InfoTextStyle& style, double baseline) {
@@ -104,7 +104,7 @@ QRectF GetInfoWindow::paintTexts(QPainter& painter, double width, double height)
         const QPointF at(0.0, baseline / style.scale - line.y() - line.ascent());
         line.draw(&painter, at);
         const QRectF drawn = line.naturalTextRect().translated(at);
-        covered |= QRectF(drawn.topLeft() * style.scale, drawn.size() * style.scale);
+        covered.emplace_back(drawn.topLeft() * style.scale, drawn.size() * style.scale);
         painter.restore();
     };
     const auto drawOneLine = [&](const QString& text, const InfoTextStyle* style, double baseline) {
@@ -143,6 +143,7 @@ void GetInfoWindow::renderTextImage(QSize size, qreal pixelRatio) {
     textImageRatio = pixelRatio;
     textImage = QImage();
     textBounds = QRect();
+    textRegion = QRegion();
     if (size.isEmpty()) return;
     const double height = size.height();
 
@@ -151,15 +152,19 @@ void GetInfoWindow::renderTextImage(QSize size, qreal pixelRatio) {
     glyphs.fill(Qt::transparent);
     QPainter painter(&glyphs);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    const QRectF covered = paintTexts(painter, size.width(), height);
+    const std::vector<QRectF> lines = paintTexts(painter, size.width(), height);
     painter.end();
-    if (covered.isEmpty()) return;
 
     const double blur = SHADOW_BLUR_PERCENTAGE * height;
     const QPointF offset(SHADOW_OFFSET_PERCENTAGE[0] * height, -SHADOW_OFFSET_PERCENTAGE[1] * height);
     const double margin = 3.0 * blur + 2.0;
-    textBounds = covered.adjusted(-margin, -margin, margin + offset.x(), margin + offset.y()).toAlignedRect() &
-                 QRect(QPoint(0, 0), size);
+    // The lines with their shadows make a few bands with clear picture between them (the name and
+    // author at the top, the description lower down); a slide step repaints only the bands.
+    for (const QRectF& line : lines) {
+        const QRect band = line.adjusted(-margin, -margin, margin + offset.x(), margin + offset.y()).toAlignedRect();
+        textRegion += band & QRect(QPoint(0, 0), size);
+    }
+    textBounds = textRegion.boundingRect();
     if (textBounds.isEmpty()) return;
 
     const QRect pixels(textBounds.topLeft() * pixelRatio, textBounds.size() * pixelRatio);

@@ -1,5 +1,6 @@
 #include "app/info/infooverlay.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 
 #include "app/info/getinfowindow.h"
@@ -13,9 +14,9 @@ InfoOverlay::InfoOverlay(GetInfoWindow& owner, QWidget& imageView) : QWidget(&im
     setGeometry(imageView.rect());
 }
 
-void InfoOverlay::paintEvent(QPaintEvent* /*event*/) {
+void InfoOverlay::paintEvent(QPaintEvent* event) {
     QPainter painter(this);  // Qt clips it to the region to repaint
-    owner_.overlayRootViewEventHandler(painter, rect());
+    owner_.overlayRootViewEventHandler(painter, rect(), event->region());
 }
 
 }  // namespace sylvora::app

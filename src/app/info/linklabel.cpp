@@ -1,5 +1,6 @@
 #include "app/info/linklabel.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 
 #include "app/info/aboutwindow.h"
@@ -36,6 +37,8 @@ void LinkLabel::mousePressEvent(QMouseEvent* event) {
         return;
     }
     tracking = true;
+    // A label never has the focus, so it takes the keys while pressed to hear Escape.
+    grabKeyboard();
     track(rect().contains(event->position().toPoint()));
 }
 
@@ -47,11 +50,21 @@ void LinkLabel::mouseMoveEvent(QMouseEvent* event) {
 
 void LinkLabel::mouseReleaseEvent(QMouseEvent* event) {
     if (!tracking || event->button() != Qt::LeftButton) return;
-    tracking = false;
     const bool released = rect().contains(event->position().toPoint());
+    endTracking();
+    if (released) Q_EMIT hit();
+}
+
+void LinkLabel::keyPressEvent(QKeyEvent* event) {
+    if (tracking && event->key() == Qt::Key_Escape) endTracking();
+    else QLabel::keyPressEvent(event);
+}
+
+void LinkLabel::endTracking() {
+    tracking = false;
+    releaseKeyboard();
     inside = false;
     setLinkColor(AboutWindow::NORMAL_LINK_COLOR);
-    if (released) Q_EMIT hit();
 }
 
 }  // namespace sylvora::app

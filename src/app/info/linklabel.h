@@ -2,7 +2,7 @@
 
 // A line of text that acts as a web link: underlined and blue, red while the mouse is pressed on
 // it, and like a push button it acts only when the mouse is released on it. A pointing hand shows
-// over it.
+// over it. Escape while pressed lets go without acting.
 
 #include <QLabel>
 #include <QRgb>
@@ -26,9 +26,11 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void track(bool nowInside);
+    void endTracking();
 
     bool tracking = false;
     bool inside = false;

@@ -10,14 +10,20 @@ namespace {
 
 constexpr QImage::Format kPictureFormat = QImage::Format_ARGB32_Premultiplied;
 
-QImage readImage(const QString& path) {
+QImage readImage(const QString& path, qreal pixelRatio = 1.0) {
     QImageReader reader(path);
     // The decoder is picked from the bytes, as the original's importers did: a JPEG named .png loads.
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
+    // A drawing (SVG) is drawn at the screen's pixels rather than enlarged, which would blur it.
+    const bool scalable = pixelRatio != 1.0 && reader.supportsOption(QImageIOHandler::ScaledSize);
+    if (scalable && reader.size().isValid())
+        reader.setScaledSize(reader.size() * pixelRatio);
     QImage image = reader.read();
     if (image.isNull())
         return QImage();
+    if (scalable)
+        image.setDevicePixelRatio(pixelRatio);
     return image.convertToFormat(kPictureFormat);
 }
 
@@ -39,13 +45,13 @@ QImage makeCGImageFromImageFileRef(const FSRef& ref) {
     return makeCGImageFromImageFileAlias(alias.get());
 }
 
-QImage makeCGImageFromImageResource(const QString& fileName) {
+QImage makeCGImageFromImageResource(const QString& fileName, qreal pixelRatio) {
     if (fileName.isEmpty())
         return QImage();
     const QString path = QStringLiteral(":/images/") + fileName;
     if (!QFile::exists(path))
         return QImage();
-    return readImage(path);
+    return readImage(path, pixelRatio);
 }
 
 QImage createResizedCGImage(const QImage& image, int width, int height, bool keepAspectRatio) {

@@ -272,6 +272,8 @@ private:
     void scheduleNextLoopSound(double now);        // after a loop instance's play has ended
     void scheduleNextEnvironmentPlay(SoundID ended, double now);  // the successor of an ended play
     void serviceMovie(MovieEntry& entry, double now);  // one entry of the timer's walk
+    void updateMovieVolume(MovieEntry& entry);         // what the walk sets on a sounding entry
+    void applyVolumes();                               // the walk's volumes, now
 
     // Editing helpers (world_editing.cpp).
     void takeAudibleAndPending(SoundID id, bool& audible, double& pendingStart) const;

@@ -183,13 +183,14 @@ void World::setLoopSoundVolume(SoundID id, double value) {
     }
     sound->volume = value;
     modified = true;
-    // The tick recomputes every playing instance's volume, so a sounding loop follows at once.
     for (int i = 0; i < numMovies; ++i) {
         MovieEntry& entry = movies[static_cast<std::size_t>(i)];
         if (entry.soundID == id) {
             entry.volume = value;
         }
     }
+    // A person dragging the slider hears it follow without waiting for the next tick.
+    applyVolumes();
 }
 
 void World::clearLoopSoundList() {

@@ -54,9 +54,21 @@ void World::setVolume(double value) {
         return;
     }
     volume = value < 0.0 ? 0.0 : std::min(1.0, value);
-    // Heard now rather than at the next tick: the output's queue is latency enough.
-    if (moviesTaskTimerRef != nullptr) {
-        moviesTaskTimer(moviesTaskTimerRef, this);
+    applyVolumes();
+}
+
+// [main] A volume is heard now rather than at the next tick (up to 1/15 s away): the output's
+// queue is latency enough. The tick would set the same values.
+void World::applyVolumes() {
+    if (moviesTaskTimerRef == nullptr) {
+        return;
+    }
+    const double now = eventLoop.currentEventTime();
+    for (int i = 0; i < numMovies; ++i) {
+        MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        if (entry.startTime > 0.0 && now >= entry.startTime && entry.movie->rate() != 0.0 && !entry.movie->isDone()) {
+            updateMovieVolume(entry);
+        }
     }
 }
 
@@ -282,7 +294,11 @@ void World::serviceMovie(MovieEntry& entry, double now) {
         movie.start();
         return;
     }
+    updateMovieVolume(entry);
+}
 
+void World::updateMovieVolume(MovieEntry& entry) {
+    audio::SoundInstance& movie = *entry.movie;
     double gain = 1.0;
     if (entry.isLoopSound) {
         const double position = movieSeconds(movie);

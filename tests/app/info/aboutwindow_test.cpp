@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QDesktopServices>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QUrl>
@@ -7,6 +8,7 @@
 #include "app/info/aboutwindow.h"
 #include "app/info/linklabel.h"
 #include "app/shell/globals.h"
+#include "core/picture/pictureutils.h"
 #include "infofixture.h"
 
 namespace sylvora::test {
@@ -44,6 +46,10 @@ TEST_F(AboutWindowTest, ShowsTheGraphicOnceAndTheVersionLine) {
     EXPECT_GE(graphic->pixmap().width(), 300);
     EXPECT_TRUE(version->text().startsWith(QStringLiteral("Sylvora ")));
     EXPECT_EQ(version->text(), AboutWindow::getInfoString());
+    // On a screen that scales, the drawing is drawn at its pixels, not enlarged.
+    const QImage sharp = makeCGImageFromImageResource(QStringLiteral("AboutWindowGraphic.svg"), 1.5);
+    EXPECT_EQ(sharp.size(), graphic->pixmap().size() * 1.5);
+    EXPECT_EQ(sharp.devicePixelRatio(), 1.5);
     const qint64 first = graphic->pixmap().cacheKey();
     gAboutWindow->hide();
     gAboutWindow->show();
@@ -85,6 +91,16 @@ TEST_F(AboutWindowTest, LinksOpenOnlyWhenReleasedOnThem) {
         mouse(*link, QEvent::MouseMove, outside);
         mouse(*link, QEvent::MouseButtonRelease, outside);
         EXPECT_EQ(link->linkColor(), AboutWindow::NORMAL_LINK_COLOR);
+        EXPECT_TRUE(recorder.opened.isEmpty());
+
+        // Escape lets go: the release that follows on the link opens nothing.
+        mouse(*link, QEvent::MouseButtonPress, inside);
+        ASSERT_EQ(QWidget::keyboardGrabber(), link);
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QApplication::sendEvent(QWidget::keyboardGrabber(), &escape);
+        EXPECT_EQ(link->linkColor(), AboutWindow::NORMAL_LINK_COLOR);
+        EXPECT_EQ(QWidget::keyboardGrabber(), nullptr);
+        mouse(*link, QEvent::MouseButtonRelease, inside);
         EXPECT_TRUE(recorder.opened.isEmpty());
     }
     QDesktopServices::unsetUrlHandler(QStringLiteral("mailto"));

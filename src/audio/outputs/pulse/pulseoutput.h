@@ -37,8 +37,8 @@ class PulseOutput final : public AudioOutput {
     static constexpr double LONG_BUFFER_SECONDS = 0.23;
     static constexpr double LONG_REQUEST_SECONDS = 0.17;
     static constexpr double LONG_HELD_BACK_SECONDS = 0.12;
-    static constexpr double SHORT_BUFFER_SECONDS = 0.045;
-    static constexpr double SHORT_REQUEST_SECONDS = 0.02;
+    static constexpr double SHORT_BUFFER_SECONDS = 0.04;
+    static constexpr double SHORT_REQUEST_SECONDS = 0.015;
     static constexpr double LONG_RETURN_SECONDS = 3.0;
 
     // Null with `error` filled when no sound server answers or it refuses the stream.
