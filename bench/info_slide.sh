@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The Get Info window's slide with a 1920 x 1200 picture at full size: frames per second and CPU
 # while sliding and while still, on an Xvfb display big enough for the picture and the menu bar.
-# Usage: bench/info_slide.sh [build-dir, default build] [seconds per phase, default 5] [picture WxH]
+# Usage: bench/info_slide.sh [build-dir, default build] [seconds per phase, default 5] [picture WxH] [short]
 set -euo pipefail
 build=${1:-build}
 seconds=${2:-5}
@@ -11,4 +11,4 @@ Xvfb "$display" -screen 0 2048x1400x24 -nolisten tcp > /dev/null 2>&1 &
 xvfb=$!
 trap 'kill "$xvfb" 2> /dev/null || true' EXIT
 sleep 1
-DISPLAY=$display QT_QPA_PLATFORM=xcb "$build/bench/info_slide_fps" "$seconds" "$xvfb" "$picture"
+DISPLAY=$display QT_QPA_PLATFORM=xcb "$build/bench/info_slide_fps" "$seconds" "$xvfb" "$picture" ${4:+"$4"}

@@ -4,6 +4,7 @@
 // Run through bench/info_slide.sh, which starts an Xvfb display large enough for the picture.
 //
 // Usage: info_slide_fps [seconds per phase, default 5] [X server pid] [picture WIDTHxHEIGHT, default 1920x1200]
+//                       [short: a one-line description instead of six lines]
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -116,13 +117,17 @@ int main(int argc, char** argv) {
     FSNewAlias(test::refOf(path), alias);
     app::gCurrentWorld->setName(QStringLiteral("Evening Forest"));
     app::gCurrentWorld->setAuthor(QStringLiteral("The Sylvora project"));
-    // Six lines of description, so the texts cover the picture from top to bottom and some of them
-    // are in view at every step of a slide: the most there is to move.
-    app::gCurrentWorld->setDescription(QStringLiteral(
-        "Crickets in the grass, a slow creek over stones, and now and then an owl from the far side of "
-        "the clearing. Later the wind turns, the frogs begin by the water, and a last blackbird sings "
-        "from the top of the oldest beech before the night settles over the valley and the stars come "
-        "out one by one above the hills, while far away a dog barks at a passing car."));
+    // By default six lines of description, so the texts cover the picture from top to bottom and
+    // some of them are in view at every step of a slide: the most there is to move. "short" gives
+    // one line, as many worlds have.
+    const bool shortText = argc > 4 && QByteArray(argv[4]) == "short";
+    app::gCurrentWorld->setDescription(
+        shortText ? QStringLiteral("Crickets, a creek and an owl.")
+                  : QStringLiteral(
+                        "Crickets in the grass, a slow creek over stones, and now and then an owl from the far side of "
+                        "the clearing. Later the wind turns, the frogs begin by the water, and a last blackbird sings "
+                        "from the top of the oldest beech before the night settles over the valley and the stars come "
+                        "out one by one above the hills, while far away a dog barks at a passing car."));
     app::gCurrentWorld->setPictureFileAlias(alias.get());
 
     app::GetInfoWindow& window = *app::gGetInfoWindow;

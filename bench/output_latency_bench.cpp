@@ -108,8 +108,13 @@ int main(int argc, char** argv) {
         }
         sounds[i]->setVolume(128);
         if (i % 2 == 0)
-            sounds[i]->start();
+            sounds[i]->prepareToStart();
     }
+    // Readied ahead, as a world readies what it schedules, so that steady play starts with full
+    // rings rather than with the streaming thread racing the first blocks.
+    pause(1.0);
+    for (std::size_t i = 0; i < sounds.size(); i += 2)
+        sounds[i]->start();
     std::string error;
     auto output = audio::PulseOutput::open(engine, error);
     if (!output || !output->start()) {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets (clang, AddressSanitizer and UndefinedBehaviorSanitizer) in
-# build-fuzz/, makes their seed corpora, and runs each target for SECONDS seconds (default 60).
+# build-fuzz/, makes their seed corpora, and runs each target for SECONDS seconds (default 60),
+# one per core at a time.
 # Exits non-zero when any target finds a crash, a hang, a leak or a sanitizer report; the input
 # that did it is left in build-fuzz/fuzz-findings/TARGET/.
 #
@@ -35,25 +36,45 @@ rm -rf "$seeds"
 "$dir/fuzz/sylvora-fuzz-seeds" "$seeds" "$example" fuzz/seeds
 
 declare -A max_len=([loader]=65536 [alias]=4096 [preferences]=16384 [decoder]=65536)
-failed=()
-for target in "${targets[@]}"; do
-  corpus=$dir/fuzz-corpus/$target
-  findings=$dir/fuzz-findings/$target
+
+# One target; its findings and log go to build-fuzz/fuzz-findings/TARGET/.
+fuzz_target() {
+  local target=$1 corpus=$dir/fuzz-corpus/$1 findings=$dir/fuzz-findings/$1
   mkdir -p "$corpus" "$findings"
-  inputs=("$corpus")
+  local inputs=("$corpus") extra
   for extra in "$seeds/$target" "fuzz/seeds/$target" "fuzz/regressions/$target"; do
     [[ -d $extra ]] && inputs+=("$extra")
   done
-  options=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -max_len="${max_len[$target]}"
-           -artifact_prefix="$findings/" -print_final_stats=1)
+  local options=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -max_len="${max_len[$target]}"
+                 -artifact_prefix="$findings/" -print_final_stats=1)
   [[ -f fuzz/$target.dict ]] && options+=(-dict="fuzz/$target.dict")
-  echo "== $target for ${seconds}s"
-  if ! "$dir/fuzz/sylvora_fuzz_$target" "${options[@]}" "${inputs[@]}" 2>"$findings/log.txt"; then
-    tail -n 60 "$findings/log.txt" >&2
-    failed+=("$target")
-  fi
-  grep -E '^stat::number_of_executed_units|^#[0-9]+ *DONE' "$findings/log.txt" || true
+  "$dir/fuzz/sylvora_fuzz_$target" "${options[@]}" "${inputs[@]}" 2>"$findings/log.txt"
+}
+
+# As many targets at once as there are cores: each still runs its SECONDS on a core of its own.
+failed=()
+running=()
+finish_running() {
+  local target
+  for target in "${running[@]}"; do
+    local findings=$dir/fuzz-findings/$target
+    if ! wait "${pids[$target]}"; then
+      tail -n 60 "$findings/log.txt" >&2
+      failed+=("$target")
+    fi
+    echo "== $target for ${seconds}s"
+    grep -E '^stat::number_of_executed_units|^#[0-9]+ *DONE' "$findings/log.txt" || true
+  done
+  running=()
+}
+declare -A pids=()
+for target in "${targets[@]}"; do
+  fuzz_target "$target" &
+  pids[$target]=$!
+  running+=("$target")
+  ((${#running[@]} < $(nproc))) || finish_running
 done
+finish_running
 
 if ((${#failed[@]})); then
   echo "findings in: ${failed[*]} (inputs in $dir/fuzz-findings/)" >&2

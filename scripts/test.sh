@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds everything and runs the whole test suite.
-# With --sanitize the same suite runs under AddressSanitizer and UndefinedBehaviorSanitizer.
+# With --sanitize the same suite runs under AddressSanitizer and UndefinedBehaviorSanitizer; with
+# --no-app too, without the desktop application (see scripts/build.sh).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
