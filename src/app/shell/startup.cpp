@@ -5,7 +5,6 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QSessionManager>
-#include <QSettings>
 #include <QTimer>
 #include <algorithm>
 #include <memory>
@@ -68,10 +67,7 @@ void askBeforeLogout(QSessionManager& manager) {
 
 }  // namespace
 
-QString preferencesFilePath() {
-    return QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Sylvora"), QStringLiteral("Sylvora"))
-        .fileName();
-}
+QString preferencesFilePath() { return Preferences::defaultSettingsFilePath(); }
 
 void startUp(const StartUpOptions& options) {
     initApplicationResources();

@@ -35,8 +35,11 @@ public:
     static constexpr const char* PREF_KEY_KNOWN_WORLD_NAME = "Known World Name";
     static constexpr const char* PREF_KEY_KNOWN_WORLD_ALIAS = "Known World Alias";
 
-    // Stores in the user's XDG config folder.
+    // Stores in the user's XDG config folder, in defaultSettingsFilePath().
     Preferences();
+    // $XDG_CONFIG_HOME/Sylvora/Sylvora.ini, where QSettings keeps the INI file of this
+    // organization and application (found without opening it).
+    static QString defaultSettingsFilePath();
     // Stores in the INI file at `settingsFilePath` instead (tests, portable setups).
     explicit Preferences(QString settingsFilePath);
     ~Preferences();

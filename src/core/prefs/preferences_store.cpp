@@ -1,9 +1,12 @@
 // Reading and writing the preferences store, and the stored form of the known worlds list.
 
+#include <QFile>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QVariantMap>
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -17,11 +20,45 @@ namespace {
 constexpr const char* ORGANIZATION_NAME = "Sylvora";
 constexpr const char* APPLICATION_NAME = "Sylvora";
 
+// Whether QSettings would turn a value of `text` back into an object through QDataStream: a value
+// starting "@Variant(" or "@DateTime(", with its "@" as it is (this store writes a text's leading
+// "@" as "@@") or escaped (\x40, \100; this store writes "@" as it is).
+bool holdsDecodedValues(const QByteArray& text) {
+    for (const char* form : {"@Variant(", "@DateTime("}) {
+        for (qsizetype at = text.indexOf(form); at >= 0; at = text.indexOf(form, at + 1)) {
+            if (at == 0 || text[at - 1] != '@')
+                return true;
+        }
+    }
+    for (qsizetype at = 0; at + 1 < text.size(); ++at) {
+        if (text[at] != '\\')
+            continue;
+        const QByteArray escape = text.mid(at + 1, 3);
+        if (escape.startsWith("x40") || escape == "100")
+            return true;
+        ++at;  // the escaped character, a backslash included
+    }
+    return false;
+}
+
+// QDataStream believes the lengths it reads, so one damaged "@Variant(" value can make QSettings
+// ask for gigabytes as it opens the file. This store never writes such values: a file holding one
+// was not written by it, and it is set aside whole (".damaged" added to its name) so that the
+// preferences start afresh and nothing in it is lost. Null when it had to be set aside and could
+// not be.
 std::unique_ptr<QSettings> openStore(const QString& settingsFilePath) {
-    if (settingsFilePath.isEmpty())
-        return std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope,
-                                           QLatin1String(ORGANIZATION_NAME), QLatin1String(APPLICATION_NAME));
-    return std::make_unique<QSettings>(settingsFilePath, QSettings::IniFormat);
+    const QString path = settingsFilePath.isEmpty() ? Preferences::defaultSettingsFilePath() : settingsFilePath;
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly) && holdsDecodedValues(file.readAll())) {
+        file.close();
+        const QString aside = path + QLatin1String(".damaged");
+        QFile::remove(aside);
+        if (!QFile::rename(path, aside))
+            return nullptr;
+        std::fprintf(stderr, "Sylvora: %s was not written by Sylvora; it is kept as %s\n", qPrintable(path),
+                     qPrintable(aside));
+    }
+    return std::make_unique<QSettings>(path, QSettings::IniFormat);
 }
 
 bool holds(const QVariant& value, QMetaType::Type type) { return value.typeId() == type; }
@@ -103,8 +140,15 @@ void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
     }
 }
 
+QString Preferences::defaultSettingsFilePath() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + QLatin1Char('/') +
+           QLatin1String(ORGANIZATION_NAME) + QLatin1Char('/') + QLatin1String(APPLICATION_NAME) + QLatin1String(".ini");
+}
+
 void Preferences::loadPreferences() {
     const std::unique_ptr<QSettings> store = openStore(settingsFilePath);
+    if (!store)
+        return;
 
     // INI stores numbers as text, so any value that reads as a finite number is taken as it is;
     // the world clamps it when it is applied.
@@ -128,6 +172,8 @@ void Preferences::loadPreferences() {
 
 void Preferences::savePreferences() {
     const std::unique_ptr<QSettings> store = openStore(settingsFilePath);
+    if (!store)
+        return;
     store->setValue(QLatin1String(PREF_KEY_MASTER_VOLUME), masterVolume);
     if (lastWorldAlias)
         store->setValue(QLatin1String(PREF_KEY_LAST_PLAYED_ALIAS), lastWorldAlias->toBytes());

@@ -263,5 +263,50 @@ TEST_F(PreferencesTest, ListConversionKeepsOrderAndSkipsMalformedElements) {
     EXPECT_EQ(names(prefs), std::vector<QString>{QStringLiteral("Beach")});
 }
 
+// QSettings decodes "@Variant(" values through QDataStream, which trusts the lengths it reads; a
+// file holding one is not ours, and is kept whole beside its place while the preferences start
+// afresh. A world's name that merely starts that way is text and stays.
+TEST_F(PreferencesTest, AFileHoldingSerializedValuesIsSetAsideWhole) {
+    const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    {
+        Preferences prefs(settingsFile());
+        prefs.updateKnownWorlds(rain.get(), QStringLiteral("@Variant(Rain)"));
+        prefs.savePreferences();
+    }
+    Preferences named(settingsFile());
+    named.loadPreferences();
+    EXPECT_EQ(names(named), std::vector<QString>{QStringLiteral("@Variant(Rain)")});
+    EXPECT_FALSE(QFile::exists(settingsFile() + QStringLiteral(".damaged")));
+
+    // A QString of four gigabytes announced, then nothing: as plain "@" and as an escaped one.
+    for (const QByteArray& value : {QByteArray(R"(@Variant(\0\0\0\n\0\xff\xff\xff\xf0))"),
+                                    QByteArray(R"(\x40Variant(\0\0\0\n\0\xff\xff\xff\xf0))")}) {
+        SCOPED_TRACE(value.toStdString());
+        QFile file(settingsFile());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Append));
+        const QByteArray damaged = "[General]\nMaster%20Volume=" + value + "\n";
+        file.write(damaged);
+        file.close();
+        file.open(QIODevice::ReadOnly);
+        const QByteArray before = file.readAll();
+        file.close();
+
+        Preferences prefs(settingsFile());
+        prefs.loadPreferences();
+        EXPECT_EQ(prefs.getNumKnownWorlds(), 0);
+        EXPECT_EQ(prefs.getMasterVolume(), 1.0);
+        EXPECT_FALSE(QFile::exists(settingsFile()));
+        QFile aside(settingsFile() + QStringLiteral(".damaged"));
+        ASSERT_TRUE(aside.open(QIODevice::ReadOnly));
+        EXPECT_EQ(aside.readAll(), before);
+
+        prefs.setMasterVolume(0.5);
+        prefs.savePreferences();
+        Preferences reloaded(settingsFile());
+        reloaded.loadPreferences();
+        EXPECT_EQ(reloaded.getMasterVolume(), 0.5);
+    }
+}
+
 }  // namespace
 }  // namespace sylvora
