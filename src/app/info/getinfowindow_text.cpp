@@ -159,13 +159,18 @@ void GetInfoWindow::renderTextImage(QSize size, qreal pixelRatio) {
     const QPointF offset(SHADOW_OFFSET_PERCENTAGE[0] * height, -SHADOW_OFFSET_PERCENTAGE[1] * height);
     const double margin = 3.0 * blur + 2.0;
     // The lines with their shadows make a few bands with clear picture between them (the name and
-    // author at the top, the description lower down); a slide step repaints only the bands.
+    // author at the top, a short description lower down); a slide step repaints only the bands.
     for (const QRectF& line : lines) {
         const QRect band = line.adjusted(-margin, -margin, margin + offset.x(), margin + offset.y()).toAlignedRect();
         textRegion += band & QRect(QPoint(0, 0), size);
     }
     textBounds = textRegion.boundingRect();
     if (textBounds.isEmpty()) return;
+    // Painting through a region of many rectangles goes span by span, which costs more than the
+    // gaps save unless they are large: texts that fill their bounds repaint the bounds.
+    qint64 covered = 0;
+    for (const QRect& band : textRegion) covered += qint64(band.width()) * band.height();
+    if (covered * 10 > qint64(textBounds.width()) * textBounds.height() * 6) textRegion = QRegion(textBounds);
 
     const QRect pixels(textBounds.topLeft() * pixelRatio, textBounds.size() * pixelRatio);
     QImage block = glyphs.copy(pixels);
