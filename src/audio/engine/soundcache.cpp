@@ -37,7 +37,11 @@ OSStatus SoundCache::decode(const std::string& path, SoundSource& source) {
         return status;
     const SoundFormat format = decoder->format();
     std::int64_t frames = format.frames;
-    if (frames < 0)
+    // A damaged header can claim any length (libsndfile's "unknown" is the largest count there
+    // is): past a year at the highest rate the frames are counted instead of believed, which also
+    // keeps every later conversion of the count to the engine's rate inside 64 bits.
+    constexpr std::int64_t MOST_BELIEVED_FRAMES = std::int64_t{192000} * 60 * 60 * 24 * 365;
+    if (frames < 0 || frames > MOST_BELIEVED_FRAMES)
         frames = countFrames(*decoder);
     if (frames < 0)
         return ioErr;
