@@ -278,9 +278,12 @@ TEST_F(PreferencesTest, AFileHoldingSerializedValuesIsSetAsideWhole) {
     EXPECT_EQ(names(named), std::vector<QString>{QStringLiteral("@Variant(Rain)")});
     EXPECT_FALSE(QFile::exists(settingsFile() + QStringLiteral(".damaged")));
 
-    // A QString of four gigabytes announced, then nothing: as plain "@" and as an escaped one.
-    for (const QByteArray& value : {QByteArray(R"(@Variant(\0\0\0\n\0\xff\xff\xff\xf0))"),
-                                    QByteArray(R"(\x40Variant(\0\0\0\n\0\xff\xff\xff\xf0))")}) {
+    // A QString of four gigabytes announced, then nothing: with a plain "@", an escaped one, one
+    // whose escape runs on past its first digits, one split by an escape that reads as nothing, and
+    // one in quotes.
+    const QByteArray announced = R"((\0\0\0\n\0\xff\xff\xff\xf0))";
+    for (const QByteArray& value : {"@Variant" + announced, "\\x40Variant" + announced, "\\0000100Variant" + announced,
+                                    "@\\qVariant" + announced, "\"@Variant" + announced + '"'}) {
         SCOPED_TRACE(value.toStdString());
         QFile file(settingsFile());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Append));
