@@ -127,7 +127,7 @@ void GetInfoWindow::drawImageView(QPainter& painter, const QRect& rect) {
     if (infoShown && overlayWindow == nullptr) drawText(painter, rect);
 }
 
-void GetInfoWindow::overlayRootViewEventHandler(QPainter& painter, const QRect& rect, const QRegion& dirty) {
+void GetInfoWindow::overlayRootViewEventHandler(QPainter& painter, const QRect& rect, const QRect& dirty) {
     if (!infoShown) return;
     // A clip path makes every blend go span by span, and most slide steps never come near the
     // button, so the texts are clipped only where they would cover it.

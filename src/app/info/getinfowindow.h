@@ -83,7 +83,7 @@ public:
     // Drawing, called by the image view and the overlay with painters on them.
     void drawImageView(QPainter& painter, const QRect& rect);
     // `dirty`: the part of `rect` to paint again.
-    void overlayRootViewEventHandler(QPainter& painter, const QRect& rect, const QRegion& dirty);
+    void overlayRootViewEventHandler(QPainter& painter, const QRect& rect, const QRect& dirty);
     // The three texts with their shadow, in place, into a rectangle of a painter.
     void drawText(QPainter& painter, const QRect& rect);
     // The window's own events: its resizes and the maximize button.

@@ -3,6 +3,7 @@
 
 #include <QPainter>
 #include <QTextLayout>
+#include <algorithm>
 
 #include "app/info/getinfowindow.h"
 #include "app/info/softshadow.h"
@@ -23,6 +24,25 @@ QString asOneLine(QString text) {
     text.replace(QLatin1String("\r\n"), QLatin1String(" "));
     text.replace(QLatin1Char('\n'), QLatin1Char(' '));
     return text;
+}
+
+// Where `image` is not clear inside `area`, both in the image's logical pixels.
+QRectF inkWithin(const QImage& image, const QRectF& area) {
+    const qreal ratio = image.devicePixelRatio();
+    const QRect pixels = QRectF(area.topLeft() * ratio, area.size() * ratio).toAlignedRect() & image.rect();
+    int left = pixels.right() + 1, right = -1, top = -1, bottom = -1;
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        for (int x = pixels.left(); x <= pixels.right(); ++x) {
+            if (qAlpha(row[x]) == 0) continue;
+            left = std::min(left, x);
+            right = std::max(right, x);
+            if (top < 0) top = y;
+            bottom = y;
+        }
+    }
+    if (bottom < 0) return {};
+    return {left / ratio, top / ratio, (right - left + 1) / ratio, (bottom - top + 1) / ratio};
 }
 
 }  // namespace
@@ -157,21 +177,19 @@ void GetInfoWindow::renderTextImage(QSize size, qreal pixelRatio) {
 
     const double blur = SHADOW_BLUR_PERCENTAGE * height;
     const QPointF offset(SHADOW_OFFSET_PERCENTAGE[0] * height, -SHADOW_OFFSET_PERCENTAGE[1] * height);
-    const double margin = 3.0 * blur + 2.0;
+    const double reach = softShadowReach(blur * pixelRatio) / pixelRatio + 1.0;
     // The lines with their shadows make a few bands with clear picture between them (the name and
     // author at the top, a short description lower down); a slide step repaints only the bands.
+    // Each band is the ink the line left, found around it since glyphs may overhang their advance,
+    // and its shadow's reach.
     for (const QRectF& line : lines) {
-        const QRect band = line.adjusted(-margin, -margin, margin + offset.x(), margin + offset.y()).toAlignedRect();
+        const QRectF ink = inkWithin(glyphs, line.adjusted(-line.height(), -line.height() / 2, line.height(), line.height() / 2));
+        if (ink.isEmpty()) continue;
+        const QRect band = ink.adjusted(-reach, -reach, reach + offset.x(), reach + offset.y()).toAlignedRect();
         textRegion += band & QRect(QPoint(0, 0), size);
     }
     textBounds = textRegion.boundingRect();
     if (textBounds.isEmpty()) return;
-    // Painting through a region of many rectangles goes span by span, which costs more than the
-    // gaps save unless they are large: texts that fill their bounds repaint the bounds.
-    qint64 covered = 0;
-    for (const QRect& band : textRegion) covered += qint64(band.width()) * band.height();
-    if (covered * 10 > qint64(textBounds.width()) * textBounds.height() * 6) textRegion = QRegion(textBounds);
-
     const QRect pixels(textBounds.topLeft() * pixelRatio, textBounds.size() * pixelRatio);
     QImage block = glyphs.copy(pixels);
     block.setDevicePixelRatio(1.0);

@@ -3,9 +3,11 @@
 #include <QAbstractButton>
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QPaintEvent>
 #include <QPainter>
 
 #include "app/info/getinfowindow.h"
+#include "app/info/rectbyrect.h"
 #include "app/shell/menus.h"
 
 namespace sylvora::app {
@@ -17,10 +19,14 @@ InfoImageView::InfoImageView(QWidget* parent) : QWidget(parent) {
 
 GetInfoWindow* InfoImageView::owner() const { return dynamic_cast<GetInfoWindow*>(MyCarbonWindow::fromWidget(this)); }
 
-void InfoImageView::paintEvent(QPaintEvent* /*event*/) {
+void InfoImageView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    if (GetInfoWindow* window = owner()) window->drawImageView(painter, rect());
-    else painter.fillRect(rect(), Qt::black);
+    GetInfoWindow* window = owner();
+    if (window == nullptr) {
+        painter.fillRect(rect(), Qt::black);
+        return;
+    }
+    paintRectByRect(painter, event->region(), [&](const QRect&) { window->drawImageView(painter, rect()); });
 }
 
 void InfoImageView::resizeEvent(QResizeEvent* event) {

@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include "app/info/getinfowindow.h"
+#include "app/info/rectbyrect.h"
 
 namespace sylvora::app {
 
@@ -16,7 +17,8 @@ InfoOverlay::InfoOverlay(GetInfoWindow& owner, QWidget& imageView) : QWidget(&im
 
 void InfoOverlay::paintEvent(QPaintEvent* event) {
     QPainter painter(this);  // Qt clips it to the region to repaint
-    owner_.overlayRootViewEventHandler(painter, rect(), event->region());
+    paintRectByRect(painter, event->region(),
+                    [&](const QRect& dirty) { owner_.overlayRootViewEventHandler(painter, rect(), dirty); });
 }
 
 }  // namespace sylvora::app

@@ -28,7 +28,15 @@ void boxBlur(std::vector<int>& alpha, int width, int height, int radius, bool al
     }
 }
 
+// Three boxes of width d approximate a Gaussian of deviation s when d = s * 3 * sqrt(2 pi) / 4.
+int boxRadius(double blurRadius) {
+    const double deviation = blurRadius * 0.5;
+    return static_cast<int>(std::floor(deviation * 3.0 * std::sqrt(2.0 * M_PI) / 4.0 + 0.5)) / 2;
+}
+
 }  // namespace
+
+int softShadowReach(double blurRadius) { return 3 * boxRadius(blurRadius); }
 
 QImage makeSoftShadow(const QImage& source, double blurRadius, const QColor& color) {
     const QImage input = source.convertToFormat(QImage::Format_ARGB32_Premultiplied);
@@ -39,10 +47,7 @@ QImage makeSoftShadow(const QImage& source, double blurRadius, const QColor& col
         const auto* row = reinterpret_cast<const QRgb*>(input.constScanLine(y));
         for (int x = 0; x < width; ++x) alpha[static_cast<std::size_t>(y) * width + x] = qAlpha(row[x]);
     }
-    // Three boxes of width d approximate a Gaussian of deviation s when d = s * 3 * sqrt(2 pi) / 4.
-    const double deviation = blurRadius * 0.5;
-    const int boxWidth = static_cast<int>(std::floor(deviation * 3.0 * std::sqrt(2.0 * M_PI) / 4.0 + 0.5));
-    const int radius = boxWidth / 2;
+    const int radius = boxRadius(blurRadius);
     if (radius > 0) {
         std::vector<int> line;
         for (int pass = 0; pass < 3; ++pass) boxBlur(alpha, width, height, radius, true, line);

@@ -9,7 +9,10 @@ namespace sylvora::app {
 
 // `source` is premultiplied ARGB; the result has its size, and a blur of `blurRadius` pixels
 // (a Gaussian of about half that deviation, made of three box passes each way). Keep a margin of
-// three radii around the drawing in `source` so the blur is not cut at its edges.
+// softShadowReach pixels around the drawing in `source` so the blur is not cut at its edges.
 QImage makeSoftShadow(const QImage& source, double blurRadius, const QColor& color);
+
+// How far past the drawing's edge its shadow reaches, in pixels: nothing is drawn farther out.
+int softShadowReach(double blurRadius);
 
 }  // namespace sylvora::app
