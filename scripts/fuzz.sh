@@ -6,6 +6,9 @@
 # that did it is left in build-fuzz/fuzz-findings/TARGET/.
 #
 #   bash scripts/fuzz.sh [SECONDS] [TARGET...]      targets: loader alias preferences decoder
+#
+# SYLVORA_FUZZ_SEED=N fixes libFuzzer's random seed, so that a run from a fresh corpus tries much the same
+# inputs wherever it runs (CI does: what it finds can be looked for again here with its seed).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
@@ -48,6 +51,7 @@ fuzz_target() {
   local options=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -max_len="${max_len[$target]}"
                  -artifact_prefix="$findings/" -print_final_stats=1)
   [[ -f fuzz/$target.dict ]] && options+=(-dict="fuzz/$target.dict")
+  [[ -n ${SYLVORA_FUZZ_SEED:-} ]] && options+=(-seed="$SYLVORA_FUZZ_SEED")
   "$dir/fuzz/sylvora_fuzz_$target" "${options[@]}" "${inputs[@]}" 2>"$findings/log.txt"
 }
 
