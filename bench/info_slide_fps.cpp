@@ -11,6 +11,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QImage>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QTimer>
 #include <algorithm>
@@ -50,13 +51,17 @@ void runFor(int milliseconds) {
     loop.exec();
 }
 
-// Paint times of the overlay that carries the texts.
+// Paint times of the overlay that carries the texts, and the pixels it repainted.
 class PaintClock : public QObject {
 public:
     QElapsedTimer clock;
     std::vector<qint64> paints;
+    qint64 pixels = 0;
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint) paints.push_back(clock.nsecsElapsed());
+        if (event->type() == QEvent::Paint) {
+            paints.push_back(clock.nsecsElapsed());
+            for (const QRect& rect : static_cast<QPaintEvent*>(event)->region()) pixels += qint64(rect.width()) * rect.height();
+        }
         return QObject::eventFilter(watched, event);
     }
 };
@@ -66,16 +71,19 @@ struct Phase {
     std::size_t frames;
     double worstGapMs;
     std::size_t longGaps;  // frames more than 1.5 frame times after the one before
+    double pixelsPerFrame;
 };
 
 Phase measure(PaintClock& paints, int milliseconds, qint64 serverPid) {
     paints.paints.clear();
+    paints.pixels = 0;
     paints.clock.start();
     const double cpu0 = processCpuSeconds();
     const double server0 = serverCpuSeconds(serverPid);
     runFor(milliseconds);
     const double seconds = static_cast<double>(paints.clock.nsecsElapsed()) * 1e-9;
-    Phase phase{seconds, processCpuSeconds() - cpu0, serverCpuSeconds(serverPid) - server0, paints.paints.size(), 0.0, 0};
+    Phase phase{seconds, processCpuSeconds() - cpu0, serverCpuSeconds(serverPid) - server0, paints.paints.size(), 0.0, 0,
+                paints.paints.empty() ? 0.0 : static_cast<double>(paints.pixels) / static_cast<double>(paints.paints.size())};
     for (std::size_t i = 1; i < paints.paints.size(); ++i) {
         const double gapMs = static_cast<double>(paints.paints[i] - paints.paints[i - 1]) * 1e-6;
         phase.worstGapMs = std::max(phase.worstGapMs, gapMs);
@@ -86,9 +94,9 @@ Phase measure(PaintClock& paints, int milliseconds, qint64 serverPid) {
 
 void report(const char* name, const Phase& p) {
     std::printf("%-8s %5.2f s  %4zu frames  %5.1f frames/s  worst gap %5.1f ms (%zu over 16.7 ms)  CPU %5.1f%% of a core"
-                "  X server %5.1f%%\n",
+                "  X server %5.1f%%  %.2f Mpx a frame\n",
                 name, p.seconds, p.frames, static_cast<double>(p.frames) / p.seconds, p.worstGapMs, p.longGaps,
-                100.0 * p.cpu / p.seconds, 100.0 * p.serverCpu / p.seconds);
+                100.0 * p.cpu / p.seconds, 100.0 * p.serverCpu / p.seconds, p.pixelsPerFrame * 1e-6);
 }
 
 }  // namespace
