@@ -7,14 +7,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <iterator>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "core/prefs/preferences.h"
+#include "core/prefs/serializedvalues.h"
 
 namespace sylvora {
 
@@ -22,66 +20,6 @@ namespace {
 
 constexpr const char* ORGANIZATION_NAME = "Sylvora";
 constexpr const char* APPLICATION_NAME = "Sylvora";
-
-// The file's text as QSettings reads its values: escapes decoded (\x and octal ones of any length,
-// kept to 16 bits as Qt keeps them, the named ones), unknown escapes and line continuations dropped,
-// quotes removed. Keys and section headers pass through it too, which can only find more.
-std::u16string unescapedAsQSettingsReadsValues(const QByteArray& text) {
-    std::u16string result;
-    result.reserve(static_cast<std::size_t>(text.size()));
-    const auto digit = [](char ch, int base) {
-        const int value = ch >= '0' && ch <= '9'   ? ch - '0'
-                          : ch >= 'a' && ch <= 'f' ? ch - 'a' + 10
-                          : ch >= 'A' && ch <= 'F' ? ch - 'A' + 10
-                                                   : 99;
-        return value < base ? value : -1;
-    };
-    const qsizetype size = text.size();
-    for (qsizetype at = 0; at < size;) {
-        const char ch = text[at++];
-        if (ch == '"')
-            continue;
-        if (ch != '\\') {
-            result += static_cast<char16_t>(static_cast<unsigned char>(ch));
-            continue;
-        }
-        if (at >= size)
-            break;
-        const char code = text[at++];
-        static constexpr char NAMED[][2] = {{'a', '\a'}, {'b', '\b'}, {'f', '\f'}, {'n', '\n'}, {'r', '\r'}, {'t', '\t'},
-                                            {'v', '\v'}, {'"', '"'},   {'?', '?'},   {'\'', '\''}, {'\\', '\\'}};
-        const auto named = std::find_if(std::begin(NAMED), std::end(NAMED), [&](const char* pair) { return pair[0] == code; });
-        if (named != std::end(NAMED)) {
-            result += static_cast<char16_t>((*named)[1]);
-            continue;
-        }
-        const int base = code == 'x' ? 16 : digit(code, 8) >= 0 ? 8 : 0;
-        if (base == 0 || (base == 16 && (at >= size || digit(text[at], 16) < 0))) {
-            if ((code == '\n' || code == '\r') && at < size && (text[at] == '\n' || text[at] == '\r') && text[at] != code)
-                ++at;  // a continued line's \r\n or \n\r
-            continue;
-        }
-        char16_t value = base == 8 ? static_cast<char16_t>(digit(code, 8)) : 0;
-        for (int next = 0; at < size && (next = digit(text[at], base)) >= 0; ++at)
-            value = static_cast<char16_t>(value * base + next);
-        result += value;
-    }
-    return result;
-}
-
-// Whether QSettings would turn a value of `text` back into an object through QDataStream: a value
-// (or an element of a list) that reads as "@Variant(" or "@DateTime(" once unescaped; this store
-// writes a text's leading "@" as "@@".
-bool holdsDecodedValues(const QByteArray& text) {
-    const std::u16string unescaped = unescapedAsQSettingsReadsValues(text);
-    for (const std::u16string_view form : {std::u16string_view(u"@Variant("), std::u16string_view(u"@DateTime(")}) {
-        for (std::size_t at = unescaped.find(form); at != std::u16string::npos; at = unescaped.find(form, at + 1)) {
-            if (at == 0 || unescaped[at - 1] != u'@')
-                return true;
-        }
-    }
-    return false;
-}
 
 // QDataStream believes the lengths it reads, so one damaged "@Variant(" value can make QSettings
 // ask for gigabytes as it opens the file. This store never writes such values: a file holding one
@@ -91,7 +29,7 @@ bool holdsDecodedValues(const QByteArray& text) {
 std::unique_ptr<QSettings> openStore(const QString& settingsFilePath) {
     const QString path = settingsFilePath.isEmpty() ? Preferences::defaultSettingsFilePath() : settingsFilePath;
     QFile file(path);
-    if (file.open(QIODevice::ReadOnly) && holdsDecodedValues(file.readAll())) {
+    if (file.open(QIODevice::ReadOnly) && holdsSerializedValues(file.readAll())) {
         file.close();
         const QString aside = path + QLatin1String(".damaged");
         QFile::remove(aside);

@@ -265,25 +265,31 @@ TEST_F(PreferencesTest, ListConversionKeepsOrderAndSkipsMalformedElements) {
 
 // QSettings decodes "@Variant(" values through QDataStream, which trusts the lengths it reads; a
 // file holding one is not ours, and is kept whole beside its place while the preferences start
-// afresh. A world's name that merely starts that way is text and stays.
+// afresh. World names that merely start that way, or hold it (Qt writes a name with a NUL in it as
+// "@String(...)"), are text and stay.
 TEST_F(PreferencesTest, AFileHoldingSerializedValuesIsSetAsideWhole) {
     const AliasHandle rain = package(QStringLiteral("Rain.sylvora"));
+    const AliasHandle beach = package(QStringLiteral("Beach.sylvora"));
+    const QString nulNamed = QStringLiteral("@Variant(Beach") + QChar(0) + QLatin1Char(')');
     {
         Preferences prefs(settingsFile());
         prefs.updateKnownWorlds(rain.get(), QStringLiteral("@Variant(Rain)"));
+        prefs.updateKnownWorlds(beach.get(), nulNamed);
         prefs.savePreferences();
     }
     Preferences named(settingsFile());
     named.loadPreferences();
-    EXPECT_EQ(names(named), std::vector<QString>{QStringLiteral("@Variant(Rain)")});
+    EXPECT_EQ(names(named), (std::vector<QString>{QStringLiteral("@Variant(Rain)"), nulNamed}));
     EXPECT_FALSE(QFile::exists(settingsFile() + QStringLiteral(".damaged")));
 
     // A QString of four gigabytes announced, then nothing: with a plain "@", an escaped one, one
-    // whose escape runs on past its first digits, one split by an escape that reads as nothing, and
-    // one in quotes.
+    // whose escape runs on past its first digits, one split by an escape that reads as nothing, in
+    // quotes, split by a closing quote and spaces, as a list's element, and over a continued line.
     const QByteArray announced = R"((\0\0\0\n\0\xff\xff\xff\xf0))";
-    for (const QByteArray& value : {"@Variant" + announced, "\\x40Variant" + announced, "\\0000100Variant" + announced,
-                                    "@\\qVariant" + announced, "\"@Variant" + announced + '"'}) {
+    for (const QByteArray& value :
+         {"@Variant" + announced, "\\x40Variant" + announced, "\\0000100Variant" + announced, "@\\qVariant" + announced,
+          "\"@Variant" + announced + '"', "\"@\"  Variant" + announced, "x, @Variant" + announced,
+          "@Vari\\\nant" + announced}) {
         SCOPED_TRACE(value.toStdString());
         QFile file(settingsFile());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Append));
