@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QScreen>
 #include <QImage>
 #include <QTextLayout>
 
@@ -227,6 +228,33 @@ TEST_F(GetInfoWindowTest, TextsAreDrawnOverThePictureAndSlideAway) {
     const QImage away = imageView()->grab().toImage();
     EXPECT_EQ(look(away, 0, 250, green).white, 0);
     EXPECT_EQ(look(away, 0, 250, green).picture, 400 * 250);
+}
+
+// Each slide step repaints only where the texts and their shadows were and are: what is on the
+// screen after a few steps (the backing store, painted step by step) is what a whole repaint of
+// that moment draws, so no shadow or letter is left behind.
+TEST_F(GetInfoWindowTest, EachSlideStepLeavesNothingBehind) {
+    const QColor green(40, 110, 60);
+    setWorldPicture({400, 300}, green);
+    gCurrentWorld->setName(QStringLiteral("Evening Forest"));
+    gCurrentWorld->setAuthor(QStringLiteral("M. Ostrander"));
+    gCurrentWorld->setDescription(QStringLiteral("Crickets, a slow creek and owls, frogs by the water, a far dog."));
+    gGetInfoWindow->show();
+    settle();
+    QWidget* view = imageView();
+    const QRect inWindow(view->mapTo(view->window(), QPoint(0, 0)), view->size());
+    const auto onScreen = [&] {
+        return QGuiApplication::primaryScreen()->grabWindow(view->window()->winId()).toImage().copy(inWindow).convertToFormat(QImage::Format_RGB32);
+    };
+
+    gGetInfoWindow->handleCommand(TINF);
+    for (int step = 1; step <= 20; ++step) {
+        gGetInfoWindow->scrollTextTimer();
+        settle();
+        if (step % 5 != 0) continue;
+        SCOPED_TRACE(step);
+        EXPECT_EQ(onScreen(), view->grab().toImage().convertToFormat(QImage::Format_RGB32));
+    }
 }
 
 }  // namespace
