@@ -36,7 +36,20 @@ int slideToTheEnd() {
     return ticks;
 }
 
-using GetInfoWindowTest = InfoAppTest;
+class GetInfoWindowTest : public InfoAppTest {
+protected:
+    static constexpr QColor GREEN{40, 110, 60};
+
+    // The world's picture, 400 x 300 of one colour, and its three texts, shown in the window.
+    void showWorldWith(const QString& description) {
+        setWorldPicture({400, 300}, GREEN);
+        gCurrentWorld->setName(QStringLiteral("Evening Forest"));
+        gCurrentWorld->setAuthor(QStringLiteral("M. Ostrander"));
+        gCurrentWorld->setDescription(description);
+        gGetInfoWindow->show();
+        settle();
+    }
+};
 
 TEST_F(GetInfoWindowTest, TextSizesAndPlacesAreFractionsOfTheHeight) {
     const app::FontRatios ratios = applicationFontRatios();
@@ -206,13 +219,8 @@ Seen look(const QImage& image, int top, int bottom, QColor pictureColor, int rig
 }
 
 TEST_F(GetInfoWindowTest, TextsAreDrawnOverThePictureAndSlideAway) {
-    const QColor green(40, 110, 60);
-    setWorldPicture({400, 300}, green);
-    gCurrentWorld->setName(QStringLiteral("Evening Forest"));
-    gCurrentWorld->setAuthor(QStringLiteral("M. Ostrander"));
-    gCurrentWorld->setDescription(QStringLiteral("Crickets, a slow creek and owls."));
-    gGetInfoWindow->show();
-    settle();
+    const QColor green = GREEN;
+    showWorldWith(QStringLiteral("Crickets, a slow creek and owls."));
     ASSERT_EQ(imageView()->size(), QSize(400, 300));
 
     const QImage shown = imageView()->grab().toImage();
@@ -234,13 +242,7 @@ TEST_F(GetInfoWindowTest, TextsAreDrawnOverThePictureAndSlideAway) {
 // screen after a few steps (the backing store, painted step by step) is what a whole repaint of
 // that moment draws, so no shadow or letter is left behind.
 TEST_F(GetInfoWindowTest, EachSlideStepLeavesNothingBehind) {
-    const QColor green(40, 110, 60);
-    setWorldPicture({400, 300}, green);
-    gCurrentWorld->setName(QStringLiteral("Evening Forest"));
-    gCurrentWorld->setAuthor(QStringLiteral("M. Ostrander"));
-    gCurrentWorld->setDescription(QStringLiteral("Crickets, a slow creek and owls, frogs by the water, a far dog."));
-    gGetInfoWindow->show();
-    settle();
+    showWorldWith(QStringLiteral("Crickets, a slow creek and owls, frogs by the water, a far dog."));
     QWidget* view = imageView();
     const QRect inWindow(view->mapTo(view->window(), QPoint(0, 0)), view->size());
     const auto onScreen = [&] {
