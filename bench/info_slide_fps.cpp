@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <functional>
 #include <vector>
 
 #include "app/info/getinfowindow.h"
@@ -57,10 +58,12 @@ public:
     QElapsedTimer clock;
     std::vector<qint64> paints;
     qint64 pixels = 0;
+    std::function<void()> afterPaint;
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::Paint) {
             paints.push_back(clock.nsecsElapsed());
             for (const QRect& rect : static_cast<QPaintEvent*>(event)->region()) pixels += qint64(rect.width()) * rect.height();
+            if (afterPaint) afterPaint();
         }
         return QObject::eventFilter(watched, event);
     }
@@ -152,14 +155,23 @@ int main(int argc, char** argv) {
     overlay->installEventFilter(&paints);
 
     report("still", measure(paints, milliseconds, serverPid));
-    // The next slide begins as soon as one ends, away and back again, for the whole phase.
-    QTimer toggler;
-    QObject::connect(&toggler, &QTimer::timeout, [&window] {
+    // The next slide begins a frame after the last paint of one, away and back again, for the whole
+    // phase. A watchdog restarted by every paint finds the end, so nothing wakes the process between
+    // frames and it does only what a slide costs.
+    QTimer slideEnded;
+    slideEnded.setSingleShot(true);
+    slideEnded.setTimerType(Qt::PreciseTimer);
+    slideEnded.setInterval(12);
+    QObject::connect(&slideEnded, &QTimer::timeout, [&window, &slideEnded] {
         if (!window.isSliding()) window.handleCommand(app::command::TOGGLE_INFO);
+        slideEnded.start();
     });
-    toggler.start(1);
+    paints.afterPaint = [&slideEnded] { slideEnded.start(); };
+    window.handleCommand(app::command::TOGGLE_INFO);
+    slideEnded.start();
     report("sliding", measure(paints, milliseconds, serverPid));
-    toggler.stop();
+    paints.afterPaint = nullptr;
+    slideEnded.stop();
     runFor(500);
     report("still", measure(paints, milliseconds, serverPid));
 
