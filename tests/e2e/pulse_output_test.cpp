@@ -78,7 +78,9 @@ class PulseOutputTest : public ::testing::Test {
     // Seconds from setting `volume` until the server plays what was rendered after it: from the
     // next block written, or from the end of one being rendered as it was set (which is over
     // within a millisecond or two).
+    // Also keeps how far the engine's account of the output's queue, asked just before, was off.
     double heardAfter(std::int16_t volume) {
+        const double said = engine.outputDelay();
         const auto set = Clock::now();
         sound->setVolume(volume);
         const std::uint64_t next = output->framesWritten();
@@ -86,8 +88,13 @@ class PulseOutputTest : public ::testing::Test {
         const std::uint64_t landed = std::max(next, output->framesWritten());
         while (output->framesPlayed() < landed)
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        return std::chrono::duration<double>(Clock::now() - set).count();
+        const double heard = std::chrono::duration<double>(Clock::now() - set).count();
+        queueUnderstated = std::max(queueUnderstated, heard - said);
+        queueOverstated = std::max(queueOverstated, said - heard);
+        return heard;
     }
+    double queueUnderstated = -1.0;
+    double queueOverstated = -1.0;
 
     TempDir temp;
     std::unique_ptr<PulseServer> server;
@@ -123,6 +130,10 @@ TEST_F(PulseOutputTest, ToneIsHeardAtItsPitchAndVolumeChangesWithinTheBound) {
         pause(0.3);
     }
     EXPECT_LT(slowest, 0.12) << "low latency";
+    // What the world starts early by: never so much that a sound is heard well before its time, nor
+    // so little that it is heard a long buffer late.
+    EXPECT_LT(queueOverstated, 0.03);
+    EXPECT_LT(queueUnderstated, 0.15);
 
     const std::vector<float> samples = finish();
     ASSERT_GE(samples.size(), std::size_t{RATE * 3});

@@ -146,16 +146,20 @@ void Engine::service() {
 
 void Engine::setLowLatency(bool wanted) {
     impl_->lowLatency = wanted;
-    if (impl_->latencyListener)
-        impl_->latencyListener(wanted);
+    if (impl_->outputLink)
+        impl_->outputLink->setLowLatency(wanted);
 }
 
 bool Engine::lowLatencyWanted() const noexcept {
     return impl_->lowLatency;
 }
 
-void Engine::setLatencyListener(std::function<void(bool)> listener) {
-    impl_->latencyListener = std::move(listener);
+void Engine::setOutputLink(OutputLink* link) {
+    impl_->outputLink = link;
+}
+
+double Engine::outputDelay() const {
+    return impl_->outputLink ? impl_->outputLink->queuedSeconds() : 0.0;
 }
 
 std::uint64_t Engine::underruns() const noexcept {

@@ -10,7 +10,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -19,6 +18,19 @@
 namespace sylvora::audio {
 
 class SoundInstance;
+
+// What an output that keeps a queue of rendered audio (a sound server's buffer) and can change its
+// length tells the engine and hears from it. [main], and the output outlives its registration.
+class OutputLink {
+public:
+    // Answers Engine::setLowLatency.
+    virtual void setLowLatency(bool wanted) = 0;
+    // Seconds from now until audio rendered now is heard: what is queued ahead of it.
+    virtual double queuedSeconds() const = 0;
+
+protected:
+    ~OutputLink() = default;
+};
 
 class Engine {
 public:
@@ -49,9 +61,12 @@ public:
     // choice of latency ignore it; what is rendered does not depend on it.
     void setLowLatency(bool wanted);
     bool lowLatencyWanted() const noexcept;  // [main]
-    // [main] An output that can change its latency hears setLowLatency() here; an empty function
-    // stops it (the output does so before it goes away).
-    void setLatencyListener(std::function<void(bool)> listener);
+    // [main] An output that keeps a queue registers here to hear setLowLatency() and to say how
+    // long its queue is; nullptr unregisters it (the output does so before it goes away).
+    void setOutputLink(OutputLink* link);
+    // [main] Seconds until audio rendered now is heard; 0 with no queueing output (offline, null,
+    // tests), so that what is rendered offline never depends on it.
+    double outputDelay() const;
 
     // [any] Blocks of a streaming instance that were not ready in time (played as silence).
     std::uint64_t underruns() const noexcept;

@@ -7,7 +7,6 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -44,7 +43,7 @@ struct Engine::Impl {
     Streamer streamer;
 
     bool lowLatency = false;                    // [main]
-    std::function<void(bool)> latencyListener;  // [main]
+    OutputLink* outputLink = nullptr;           // [main]
 
   private:
     struct Dying {

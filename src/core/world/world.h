@@ -271,7 +271,11 @@ private:
     void startLoopChain(double now);               // the two loop picks of start()
     void scheduleNextLoopSound(double now);        // after a loop instance's play has ended
     void scheduleNextEnvironmentPlay(SoundID ended, double now);  // the successor of an ended play
-    void serviceMovie(MovieEntry& entry, double now);  // one entry of the timer's walk
+    // Whether an entry's turn has come at `now`. An environment sound's turn comes `lead` seconds
+    // early (the output's queue), so that it is heard at its time rather than a queue later; a
+    // loop's turn is reckoned from the playing loop's own position, which is already render time.
+    static bool isDue(const MovieEntry& entry, double now, double lead);
+    void serviceMovie(MovieEntry& entry, double now, double lead);  // one entry of the timer's walk
     void updateMovieVolume(MovieEntry& entry);         // what the walk sets on a sounding entry
     void applyVolumes();                               // the walk's volumes, now
 

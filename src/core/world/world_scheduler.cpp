@@ -64,9 +64,10 @@ void World::applyVolumes() {
         return;
     }
     const double now = eventLoop.currentEventTime();
+    const double lead = engine.outputDelay();
     for (int i = 0; i < numMovies; ++i) {
         MovieEntry& entry = movies[static_cast<std::size_t>(i)];
-        if (entry.startTime > 0.0 && now >= entry.startTime && entry.movie->rate() != 0.0 && !entry.movie->isDone()) {
+        if (isDue(entry, now, lead) && entry.movie->rate() != 0.0 && !entry.movie->isDone()) {
             updateMovieVolume(entry);
         }
     }
@@ -265,9 +266,13 @@ void World::scheduleNextEnvironmentPlay(SoundID ended, double now) {
     scheduleMovie(index, startTime, playVolume);
 }
 
+bool World::isDue(const MovieEntry& entry, double now, double lead) {
+    return entry.startTime > 0.0 && now + (entry.isLoopSound ? 0.0 : lead) >= entry.startTime;
+}
+
 // [main]
-void World::serviceMovie(MovieEntry& entry, double now) {
-    if (!(entry.startTime > 0.0) || now < entry.startTime) {
+void World::serviceMovie(MovieEntry& entry, double now, double lead) {
+    if (!isDue(entry, now, lead)) {
         return;
     }
     audio::SoundInstance& movie = *entry.movie;
@@ -280,7 +285,9 @@ void World::serviceMovie(MovieEntry& entry, double now) {
         if (entry.isLoopSound) {
             scheduleNextLoopSound(now);
         } else {
-            scheduleNextEnvironmentPlay(entry.soundID, now);
+            // The play ended in what has been rendered; it is heard to end a queue later, and the
+            // next one waits its interval from there.
+            scheduleNextEnvironmentPlay(entry.soundID, now + lead);
         }
         return;
     }
@@ -326,13 +333,14 @@ void World::moviesTaskTimer(EventLoopTimerRef /*timer*/, void* world) {
     }
     const double now = self.eventLoop.currentEventTime();
     self.engine.service();
+    const double lead = self.engine.outputDelay();
     const bool due = std::any_of(self.movies.begin(), self.movies.begin() + self.numMovies,
-                                 [now](const MovieEntry& entry) { return entry.startTime > 0.0 && now >= entry.startTime; });
+                                 [now, lead](const MovieEntry& entry) { return isDue(entry, now, lead); });
     if (!due) {
         return;
     }
     for (int i = 0; i < self.numMovies; ++i) {
-        self.serviceMovie(self.movies[static_cast<std::size_t>(i)], now);
+        self.serviceMovie(self.movies[static_cast<std::size_t>(i)], now, lead);
     }
     self.validateScheduling();
 }

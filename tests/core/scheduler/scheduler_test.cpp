@@ -192,19 +192,35 @@ TEST(WorldStart, StopUnschedulesEverythingAndStartReusesTheRewoundInstances) {
 // Each play starts at the first tick at or after its time, is heard for its length, and the next is
 // due an interval after that end; intervals and volumes are drawn between their bounds, and equal
 // bounds give fixed values.
+// An output's queue of a fixed length, as a sound server's is in steady play.
+struct FixedOutputQueue final : audio::OutputLink {
+    explicit FixedOutputQueue(double length) : seconds(length) {}
+    void setLowLatency(bool) override {}
+    double queuedSeconds() const override { return seconds; }
+    double seconds;
+};
+
+// Each play starts at its turn and the next is drawn when it ends. Behind an output's queue an
+// environment sound's turn comes that much early, so it is heard at its time, and the next interval
+// runs from where its end is heard; a loop keeps to its own turn.
 TEST(EnvironmentPlays, EachPlayFollowsThePreviousEndWithinTheBounds) {
     struct Case {
         int minInterval, maxInterval;
         double minVolume, maxVolume;
+        double queue;
     };
-    for (const Case& c : {Case{2, 5, 0.25, 1.0}, Case{3, 3, 0.5, 0.5}}) {
-        SCOPED_TRACE(testing::Message() << "intervals " << c.minInterval << ".." << c.maxInterval);
+    for (const Case& c : {Case{2, 5, 0.25, 1.0, 0.0}, Case{3, 3, 0.5, 0.5, 0.0}, Case{2, 5, 0.25, 1.0, 0.2}}) {
+        SCOPED_TRACE(testing::Message() << "intervals " << c.minInterval << ".." << c.maxInterval << ", queue "
+                                        << c.queue);
         WorldFixture w(11);
+        FixedOutputQueue queue(c.queue);
+        w.engine.setOutputLink(&queue);
         const SoundID env = w.addEnvironment(w.writeSound("env.wav", 0.5, 3000.0));
         w.world.setEnvironmentSoundMinInterval(env, c.minInterval);
         w.world.setEnvironmentSoundMaxInterval(env, c.maxInterval);
         w.world.setEnvironmentSoundMinVolume(env, c.minVolume);
         w.world.setEnvironmentSoundMaxVolume(env, c.maxVolume);
+        const SoundID loop = c.queue > 0.0 ? w.addLoop(w.writeSound("loop.wav", 2.0, 500.0)) : 0;
         const double started = w.now();
         w.world.start();
         PlayLog log(w);
@@ -219,14 +235,14 @@ TEST(EnvironmentPlays, EachPlayFollowsThePreviousEndWithinTheBounds) {
         for (std::size_t i = 0; i + 1 < plays.size(); ++i) {
             const Play& play = plays[i];
             ASSERT_GE(play.startTick, 0);
-            EXPECT_GE(w.timeOfTick(play.startTick), play.startTime);
-            EXPECT_LT(w.timeOfTick(play.startTick - 1), play.startTime);
+            EXPECT_GE(w.timeOfTick(play.startTick) + c.queue, play.startTime);
+            EXPECT_LT(w.timeOfTick(play.startTick - 1) + c.queue, play.startTime);
             // Its end is noticed one play length later, within a tick.
             const double heard = (play.endTick - play.startTick) * TICK;
             EXPECT_GE(heard, 0.5 - 1e-6);
             EXPECT_LE(heard, 0.5 + TICK + 1e-6);
             const Play& next = plays[i + 1];
-            const double interval = next.startTime - next.scheduledAt;
+            const double interval = next.startTime - next.scheduledAt - c.queue;
             EXPECT_EQ(w.timeOfTick(play.endTick), next.scheduledAt);
             EXPECT_GE(interval, c.minInterval - 1e-9);
             EXPECT_LE(interval, c.maxInterval + 1e-9);
@@ -238,6 +254,12 @@ TEST(EnvironmentPlays, EachPlayFollowsThePreviousEndWithinTheBounds) {
         const bool fixed = c.minInterval == c.maxInterval;
         EXPECT_EQ(intervals.size() > 5, !fixed) << "intervals are drawn unless the bounds are equal";
         EXPECT_EQ(volumes.size() > 5, !fixed) << "volumes are drawn unless the bounds are equal";
+        for (const Play& play : log.playsOf(loop)) {
+            if (play.startTick > 0) {
+                EXPECT_GE(w.timeOfTick(play.startTick), play.startTime);
+            }
+        }
+        w.engine.setOutputLink(nullptr);
     }
 }
 

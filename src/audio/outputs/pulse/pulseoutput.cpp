@@ -1,6 +1,7 @@
 #include "audio/outputs/pulse/pulseoutput.h"
 
 #include <sys/resource.h>
+#include <time.h>
 #include <unistd.h>
 
 #include "audio/engine/engine.h"
@@ -10,6 +11,12 @@ namespace sylvora::audio {
 namespace {
 constexpr std::size_t FRAME_BYTES = 2 * sizeof(float);
 constexpr int AUDIO_NICE = -11;
+
+std::int64_t monotonicNs() noexcept {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+}
 
 // A locked section of the threaded loop, for the main thread.
 class LoopLock {
@@ -30,7 +37,7 @@ std::unique_ptr<PulseOutput> PulseOutput::open(Engine& engine, std::string& erro
     std::unique_ptr<PulseOutput> output(new PulseOutput(engine));
     if (!output->connect(error))
         return nullptr;
-    engine.setLatencyListener([out = output.get()](bool wanted) { out->setLowLatency(wanted); });
+    engine.setOutputLink(output.get());
     return output;
 }
 
@@ -103,11 +110,13 @@ bool PulseOutput::connect(std::string& error) {
 }
 
 PulseOutput::~PulseOutput() {
-    engine_.setLatencyListener({});
+    engine_.setOutputLink(nullptr);
     if (loop_)
         pa_threaded_mainloop_stop(loop_);
     if (longReturn_)
         pa_threaded_mainloop_get_api(loop_)->time_free(longReturn_);
+    if (timingCheck_)
+        pa_threaded_mainloop_get_api(loop_)->time_free(timingCheck_);
     if (stream_) {
         pa_stream_disconnect(stream_);
         pa_stream_unref(stream_);
@@ -131,6 +140,10 @@ bool PulseOutput::start() {
         pa_threaded_mainloop_wait(loop_);
     pa_operation_unref(op);
     started_ = true;
+    // What was written while corked begins to play now.
+    dryAtNs_.store(monotonicNs() + corkedNs_, std::memory_order_relaxed);
+    corkedNs_ = 0;
+    askTimingSoon();
     return true;
 }
 
@@ -145,6 +158,7 @@ void PulseOutput::stop() {
         pa_operation_unref(op);
     }
     started_ = false;
+    corkedNs_ = std::max<std::int64_t>(dryAtNs_.load(std::memory_order_relaxed) - monotonicNs(), 0);
 }
 
 void PulseOutput::setLowLatency(bool wanted) {
@@ -192,6 +206,7 @@ void PulseOutput::applyBuffer(bool shortBuffer) {
     const pa_buffer_attr attr = bufferAttr(shortBuffer);
     if (pa_operation* op = pa_stream_set_buffer_attr(stream_, &attr, nullptr, nullptr))
         pa_operation_unref(op);
+    askTimingSoon();
     // The server counts the credit it granted as on its way; with the short buffer it would never
     // ask again until it came, so it comes now (a short while of the long queue, heard before
     // the short buffer takes over).
@@ -235,19 +250,81 @@ void PulseOutput::writeRequested(pa_stream* stream, std::size_t writable, void* 
     if (writable <= output->heldBack_)
         return;
     std::size_t bytes = writable - output->heldBack_;
+    std::size_t written = 0;
     while (bytes >= FRAME_BYTES) {
         // Rendered straight into the server's shared memory: no copy of our own.
         void* data = nullptr;
         std::size_t span = bytes;
         if (pa_stream_begin_write(stream, &data, &span) < 0 || !data)
-            return;
+            break;
         const std::size_t frames = std::min(span, bytes) / FRAME_BYTES;
         output->engine_.render(static_cast<float*>(data), frames);
         if (pa_stream_write(stream, data, frames * FRAME_BYTES, nullptr, 0, PA_SEEK_RELATIVE) < 0)
-            return;
+            break;
         output->written_.fetch_add(frames, std::memory_order_release);
+        written += frames;
         bytes -= frames * FRAME_BYTES;
     }
+    // The server plays what it holds at the engine's rate, so each frame written puts off by a
+    // frame's time the moment the queue would run dry.
+    const std::int64_t added = static_cast<std::int64_t>(written) * 1'000'000'000 / output->engine_.sampleRate();
+    const std::int64_t now = monotonicNs();
+    if (!output->started_) {
+        output->corkedNs_ += added;
+    } else {
+        const std::int64_t dryAt = std::max(output->dryAtNs_.load(std::memory_order_relaxed), now);
+        output->dryAtNs_.store(dryAt + added, std::memory_order_relaxed);
+    }
+}
+
+double PulseOutput::queuedSeconds() const {
+    const std::int64_t left = dryAtNs_.load(std::memory_order_relaxed) - monotonicNs();
+    return static_cast<double>(std::max<std::int64_t>(left, 0) + sinkLatencyNs_.load(std::memory_order_relaxed)) * 1e-9;
+}
+
+void PulseOutput::askTiming() {
+    if (pa_operation* op = pa_stream_update_timing_info(stream_, &PulseOutput::timingUpdated, this))
+        pa_operation_unref(op);
+}
+
+// The server's device side settles to a new stream's needs only once it plays for it, so the
+// first answer is asked for a moment later, then every TIMING_CHECK_SECONDS.
+void PulseOutput::askTimingSoon() {
+    const pa_usec_t when = pa_rtclock_now() + static_cast<pa_usec_t>(TIMING_SETTLE_SECONDS * PA_USEC_PER_SEC);
+    if (timingCheck_)
+        pa_context_rttime_restart(context_, timingCheck_, when);
+    else
+        timingCheck_ = pa_context_rttime_new(context_, when, &PulseOutput::timingCheckDue, this);
+}
+
+void PulseOutput::timingCheckDue(pa_mainloop_api* /*api*/, pa_time_event* event, const struct timeval* /*when*/,
+                                  void* self) {
+    auto* output = static_cast<PulseOutput*>(self);
+    if (output->started_)
+        output->askTiming();
+    pa_context_rttime_restart(output->context_, event,
+                              pa_rtclock_now() + static_cast<pa_usec_t>(TIMING_CHECK_SECONDS * PA_USEC_PER_SEC));
+}
+
+void PulseOutput::timingUpdated(pa_stream* stream, int success, void* self) {
+    auto* output = static_cast<PulseOutput*>(self);
+    const pa_timing_info* info = success ? pa_stream_get_timing_info(stream) : nullptr;
+    // Until the device side plays for the stream, its latency is that of an idle device: ask again.
+    if (!info || !info->playing) {
+        if (output->started_)
+            output->askTimingSoon();
+    } else {
+        output->sinkLatencyNs_.store(static_cast<std::int64_t>(info->sink_usec) * 1000, std::memory_order_relaxed);
+        // The server's count of what it holds corrects ours, which only adds writes and subtracts
+        // time: a server that reads its queue in blocks runs dry later than time alone says.
+        if (output->started_ && !info->write_index_corrupt && !info->read_index_corrupt &&
+            info->write_index >= info->read_index) {
+            const auto held = static_cast<std::int64_t>(info->write_index - info->read_index);
+            const std::int64_t bytesPerSecond = static_cast<std::int64_t>(FRAME_BYTES) * output->engine_.sampleRate();
+            output->dryAtNs_.store(monotonicNs() + held * 1'000'000'000 / bytesPerSecond, std::memory_order_relaxed);
+        }
+    }
+    pa_threaded_mainloop_signal(output->loop_, 0);
 }
 
 void PulseOutput::underflowed(pa_stream* /*stream*/, void* self) {

@@ -15,6 +15,8 @@
 // The server never asks for less than it would let the queue hold beyond one request, so in the
 // long buffer the queue it is given (tlength) is larger by LONG_HELD_BACK_SECONDS, a credit this
 // client leaves unused. (Kept in the short buffer, it would be taken for the sink's latency.)
+// The engine hears from it how much is queued (OutputLink::queuedSeconds), so that a sound due at
+// a given time can be started that much earlier and be heard on time.
 // Switching never drops or repeats audio: what is queued plays out and the server then asks for
 // more by the new measure; right after a switch to short, the long queue still plays first (a
 // rewrite of the queue would need an engine that can render again from an earlier frame).
@@ -28,11 +30,12 @@
 #include <memory>
 #include <string>
 
+#include "audio/engine/engine.h"
 #include "audio/outputs/output.h"
 
 namespace sylvora::audio {
 
-class PulseOutput final : public AudioOutput {
+class PulseOutput final : public AudioOutput, private OutputLink {
   public:
     static constexpr double LONG_BUFFER_SECONDS = 0.23;
     static constexpr double LONG_REQUEST_SECONDS = 0.17;
@@ -40,6 +43,8 @@ class PulseOutput final : public AudioOutput {
     static constexpr double SHORT_BUFFER_SECONDS = 0.04;
     static constexpr double SHORT_REQUEST_SECONDS = 0.015;
     static constexpr double LONG_RETURN_SECONDS = 3.0;
+    static constexpr double TIMING_CHECK_SECONDS = 5.0;
+    static constexpr double TIMING_SETTLE_SECONDS = 0.3;
 
     // Null with `error` filled when no sound server answers or it refuses the stream.
     static std::unique_ptr<PulseOutput> open(Engine& engine, std::string& error);
@@ -50,7 +55,10 @@ class PulseOutput final : public AudioOutput {
     std::string description() const override { return description_; }
 
     // [main] What the engine forwards from Engine::setLowLatency.
-    void setLowLatency(bool wanted);
+    void setLowLatency(bool wanted) override;
+    // [any] Seconds until what is rendered now is heard, as of the last write: the queue then,
+    // less the time since.
+    double queuedSeconds() const override;
     // [any] Times the server ran out of audio to play.
     std::uint64_t underruns() const noexcept { return underruns_.load(std::memory_order_relaxed); }
     // [any] Engine frames rendered into the stream so far.
@@ -71,6 +79,11 @@ class PulseOutput final : public AudioOutput {
     static void writeRequested(pa_stream* stream, std::size_t writable, void* self);  // [RT]
     static void underflowed(pa_stream* stream, void* self);                    // [RT]
     static void operationDone(pa_stream* stream, int success, void* self);     // [audio]
+    static void timingUpdated(pa_stream* stream, int success, void* self);     // [audio]
+    void askTiming();      // [audio] under the loop's lock
+    void askTimingSoon();  // [audio] under the loop's lock
+    static void timingCheckDue(pa_mainloop_api* api, pa_time_event* event, const struct timeval* when,
+                               void* self);  // [audio]
     static void longReturnDue(pa_mainloop_api* api, pa_time_event* event, const struct timeval* when,
                               void* self);  // [audio]
 
@@ -80,12 +93,22 @@ class PulseOutput final : public AudioOutput {
     pa_context* context_ = nullptr;
     pa_stream* stream_ = nullptr;
     pa_time_event* longReturn_ = nullptr;  // under the loop's lock
+    pa_time_event* timingCheck_ = nullptr;  // under the loop's lock
     bool shortBuffer_ = false;             // under the loop's lock
-    bool started_ = false;                 // [main]
+    bool started_ = false;                 // written by the main thread under the loop's lock
+    std::int64_t corkedNs_ = 0;            // what the queue holds while corked; under the loop's lock
     std::string description_;
 
     std::atomic<std::uint64_t> written_{0};    // written by the audio thread
     std::atomic<std::uint64_t> underruns_{0};  // written by the audio thread
+    // When the server's queue, as of the last write, runs dry (CLOCK_MONOTONIC, ns); written by
+    // the audio thread, read by the main thread.
+    std::atomic<std::int64_t> dryAtNs_{0};
+    // How long the sound server's device side holds a sample before it is heard, in ns, as the
+    // server last said. The server is asked TIMING_SETTLE_SECONDS after a start or a change of
+    // buffer (the device side follows the streams' needs), then every TIMING_CHECK_SECONDS; its
+    // answer also corrects dryAtNs_.
+    std::atomic<std::int64_t> sinkLatencyNs_{0};
 };
 
 }  // namespace sylvora::audio
