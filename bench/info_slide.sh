@@ -6,9 +6,12 @@ set -euo pipefail
 build=${1:-build}
 seconds=${2:-5}
 picture=${3:-1920x1200}
-display=:91
-Xvfb "$display" -screen 0 2048x1400x24 -nolisten tcp > /dev/null 2>&1 &
+# Xvfb picks a free display and says which once it accepts clients, so runs back to back never race
+# for one another's display.
+exec {ready}<> <(:)
+Xvfb -displayfd "$ready" -screen 0 2048x1400x24 -nolisten tcp > /dev/null 2>&1 &
 xvfb=$!
 trap 'kill "$xvfb" 2> /dev/null || true' EXIT
-sleep 1
+read -r -t 10 number <&"$ready"
+display=:$number
 DISPLAY=$display QT_QPA_PLATFORM=xcb "$build/bench/info_slide_fps" "$seconds" "$xvfb" "$picture" ${4:+"$4"}
