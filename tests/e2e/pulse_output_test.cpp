@@ -6,10 +6,12 @@
 
 #include <QFile>
 #include <QProcess>
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstring>
 #include <thread>
+#include <vector>
 
 #include "audio/engine/engine.h"
 #include "audio/engine/soundinstance.h"
@@ -89,12 +91,21 @@ class PulseOutputTest : public ::testing::Test {
         while (output->framesPlayed() < landed)
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         const double heard = std::chrono::duration<double>(Clock::now() - set).count();
-        queueUnderstated = std::max(queueUnderstated, heard - said);
-        queueOverstated = std::max(queueOverstated, said - heard);
+        queueMisstated.push_back(heard - said);
         return heard;
     }
-    double queueUnderstated = -1.0;
-    double queueOverstated = -1.0;
+    std::vector<double> queueMisstated;  // heard later than the engine said, in seconds
+
+    // What the world starts a sound early by is what is queued: never so much that it is heard
+    // before its time, nor so little that it is heard a long buffer late. The middle two of the
+    // measurements, since a busy machine can hold up any one of them.
+    void expectQueueTold(const char* mode) {
+        std::sort(queueMisstated.begin(), queueMisstated.end());
+        ASSERT_EQ(queueMisstated.size(), 4u);
+        EXPECT_GT(queueMisstated[1], -0.03) << mode;
+        EXPECT_LT(queueMisstated[2], 0.1) << mode;
+        queueMisstated.clear();
+    }
 
     TempDir temp;
     std::unique_ptr<PulseServer> server;
@@ -122,6 +133,7 @@ TEST_F(PulseOutputTest, ToneIsHeardAtItsPitchAndVolumeChangesWithinTheBound) {
     // Loose bounds that still tell the two buffers apart; bench/output_latency_bench measures the
     // figures themselves on a quiet machine.
     EXPECT_LT(slowest, 0.4) << "steady play";
+    expectQueueTold("steady play");
     engine.setLowLatency(true);
     pause(0.5);  // what the long buffer had queued plays out first
     slowest = 0.0;
@@ -130,10 +142,7 @@ TEST_F(PulseOutputTest, ToneIsHeardAtItsPitchAndVolumeChangesWithinTheBound) {
         pause(0.3);
     }
     EXPECT_LT(slowest, 0.12) << "low latency";
-    // What the world starts early by: never so much that a sound is heard well before its time, nor
-    // so little that it is heard a long buffer late.
-    EXPECT_LT(queueOverstated, 0.03);
-    EXPECT_LT(queueUnderstated, 0.15);
+    expectQueueTold("low latency");
 
     const std::vector<float> samples = finish();
     ASSERT_GE(samples.size(), std::size_t{RATE * 3});
