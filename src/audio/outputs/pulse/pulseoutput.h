@@ -7,8 +7,8 @@
 // Latency follows the need. A change is heard after what is queued, and the process wakes once
 // per request of the server. While a world just plays, the queue is at most LONG_BUFFER_SECONDS,
 // within the quarter second a person notices, and each request takes LONG_REQUEST_SECONDS, so
-// the thread wakes about six times a second (twice per request: the server also hands back
-// each block of shared memory once played). While the app asks for low latency
+// the server asks about six times a second and the thread wakes about twelve (twice per request:
+// the server also hands back each block of shared memory once played). While the app asks for low latency
 // (Engine::setLowLatency), the queue is at most SHORT_BUFFER_SECONDS; when it stops asking, the
 // long buffer returns LONG_RETURN_SECONDS later, so that closing and reopening a window does not
 // make the next change wait a long buffer.
@@ -16,7 +16,8 @@
 // long buffer the queue it is given (tlength) is larger by LONG_HELD_BACK_SECONDS, a credit this
 // client leaves unused. (Kept in the short buffer, it would be taken for the sink's latency.)
 // The engine hears from it how much is queued (OutputLink::queuedSeconds), so that a sound due at
-// a given time can be started that much earlier and be heard on time.
+// a given time can be started that much earlier and be heard on time: counted from the writes and
+// corrected by the server's own count every TIMING_CHECK_SECONDS.
 // Switching never drops or repeats audio: what is queued plays out and the server then asks for
 // more by the new measure; right after a switch to short, the long queue still plays first (a
 // rewrite of the queue would need an engine that can render again from an earlier frame).
