@@ -300,8 +300,10 @@ void PulseOutput::askTimingSoon() {
 void PulseOutput::timingCheckDue(pa_mainloop_api* /*api*/, pa_time_event* event, const struct timeval* /*when*/,
                                   void* self) {
     auto* output = static_cast<PulseOutput*>(self);
-    if (output->started_)
-        output->askTiming();
+    // Stopped, the stream is not asked about until start() asks again.
+    if (!output->started_)
+        return;
+    output->askTiming();
     pa_context_rttime_restart(output->context_, event,
                               pa_rtclock_now() + static_cast<pa_usec_t>(TIMING_CHECK_SECONDS * PA_USEC_PER_SEC));
 }
