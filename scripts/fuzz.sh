@@ -9,6 +9,8 @@
 #
 # SYLVORA_FUZZ_SEED=N fixes libFuzzer's random seed, so that a run from a fresh corpus tries much the same
 # inputs wherever it runs (CI does: what it finds can be looked for again here with its seed).
+# SYLVORA_FUZZ_JOBS=N runs N processes of each target on one shared corpus (seeds N, N+1, ... when
+# fixed), for long campaigns on every core; the executions reported are their sum.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
@@ -40,9 +42,9 @@ rm -rf "$seeds"
 
 declare -A max_len=([loader]=65536 [alias]=4096 [preferences]=16384 [decoder]=65536)
 
-# One target; its findings and log go to build-fuzz/fuzz-findings/TARGET/.
+# One process of a target; its findings and log go to build-fuzz/fuzz-findings/TARGET/.
 fuzz_target() {
-  local target=$1 corpus=$dir/fuzz-corpus/$1 findings=$dir/fuzz-findings/$1
+  local target=$1 job=$2 corpus=$dir/fuzz-corpus/$1 findings=$dir/fuzz-findings/$1
   mkdir -p "$corpus" "$findings"
   local inputs=("$corpus") extra
   for extra in "$seeds/$target" "fuzz/seeds/$target" "fuzz/regressions/$target"; do
@@ -51,34 +53,46 @@ fuzz_target() {
   local options=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=4096 -max_len="${max_len[$target]}"
                  -artifact_prefix="$findings/" -print_final_stats=1)
   [[ -f fuzz/$target.dict ]] && options+=(-dict="fuzz/$target.dict")
-  [[ -n ${SYLVORA_FUZZ_SEED:-} ]] && options+=(-seed="$SYLVORA_FUZZ_SEED")
-  "$dir/fuzz/sylvora_fuzz_$target" "${options[@]}" "${inputs[@]}" 2>"$findings/log.txt"
+  [[ -n ${SYLVORA_FUZZ_SEED:-} ]] && options+=(-seed="$((SYLVORA_FUZZ_SEED + job - 1))")
+  "$dir/fuzz/sylvora_fuzz_$target" "${options[@]}" "${inputs[@]}" 2>"$findings/log-$job.txt"
 }
 
-# As many targets at once as there are cores: each still runs its SECONDS on a core of its own.
+jobs=${SYLVORA_FUZZ_JOBS:-1}
+units=()
+for target in "${targets[@]}"; do
+  for ((job = 1; job <= jobs; ++job)); do units+=("$target:$job"); done
+done
+
+# As many processes at once as there are cores: each still runs its SECONDS on a core of its own.
 failed=()
 running=()
+declare -A pids=()
+declare -A executed=()
 finish_running() {
-  local target
-  for target in "${running[@]}"; do
-    local findings=$dir/fuzz-findings/$target
-    if ! wait "${pids[$target]}"; then
-      tail -n 60 "$findings/log.txt" >&2
-      failed+=("$target")
+  local unit
+  for unit in "${running[@]}"; do
+    local target=${unit%%:*} job=${unit##*:}
+    local log=$dir/fuzz-findings/$target/log-$job.txt
+    if ! wait "${pids[$unit]}"; then
+      tail -n 60 "$log" >&2
+      failed+=("$unit")
     fi
-    echo "== $target for ${seconds}s"
-    grep -E '^stat::number_of_executed_units|^#[0-9]+ *DONE' "$findings/log.txt" || true
+    local count
+    count=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
+    executed[$target]=$((${executed[$target]:-0} + ${count:-0}))
   done
   running=()
 }
-declare -A pids=()
-for target in "${targets[@]}"; do
-  fuzz_target "$target" &
-  pids[$target]=$!
-  running+=("$target")
+for unit in "${units[@]}"; do
+  fuzz_target "${unit%%:*}" "${unit##*:}" &
+  pids[$unit]=$!
+  running+=("$unit")
   ((${#running[@]} < $(nproc))) || finish_running
 done
 finish_running
+for target in "${targets[@]}"; do
+  echo "== $target: ${executed[$target]} executions in ${seconds}s by $jobs process(es)"
+done
 
 if ((${#failed[@]})); then
   echo "findings in: ${failed[*]} (inputs in $dir/fuzz-findings/)" >&2
