@@ -9,7 +9,7 @@
 #
 # SYLVORA_FUZZ_SEED=N fixes libFuzzer's random seed, so that a run from a fresh corpus tries much the same
 # inputs wherever it runs (CI does: what it finds can be looked for again here with its seed).
-# SYLVORA_FUZZ_JOBS=N runs N processes of each target on one shared corpus (seeds N, N+1, ... when
+# SYLVORA_FUZZ_JOBS=N runs N processes of each target on one shared corpus (seeds SEED, SEED+1, ... when
 # fixed), for long campaigns on every core; the executions reported are their sum.
 set -euo pipefail
 cd "$(dirname "$0")/.."
