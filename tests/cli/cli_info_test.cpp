@@ -1,11 +1,12 @@
-// `sylvora-cli info`: what it reports about the example world, about packages with skipped
-// entries, and about packages that cannot be opened.
+// `sylvora-cli info`: what it reports about the example world and the other bundled worlds, about
+// packages with skipped entries, and about packages that cannot be opened.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFile>
 #include <QProcessEnvironment>
 #include <QJsonArray>
@@ -86,6 +87,37 @@ TEST(InfoExampleWorld, TextNamesTheWorldItsSoundsAndTheStatus) {
     EXPECT_TRUE(result.out.contains(QStringLiteral("Environment sounds (5)")));
     EXPECT_TRUE(result.out.contains(QStringLiteral("in group 1 (Birds)")));
     EXPECT_TRUE(result.out.contains(QStringLiteral("Status:      0 (loaded)")));
+}
+
+// Every world that ships loads cleanly and has what a world needs to be worth an hour: beds to
+// alternate, one-shots (some taking turns in a group), a picture, and texts that fit the Get Info
+// window (six lines at its ideal size hold about 200 characters; the longest we ship stays well
+// below, whatever font the desktop gives).
+TEST(InfoBundledWorlds, EachLoadsWithBedsOneShotsAGroupAPictureAndShortTexts) {
+    const QDir folder = QFileInfo(QStringLiteral(SYLVORA_EXAMPLE_WORLD)).absoluteDir();
+    for (const char* name : {"Evening Forest", "Rain on a Roof", "Sea Shore", "Fireside", "Night Meadow"}) {
+        SCOPED_TRACE(name);
+        const CliResult result = runCli({"info", folder.filePath(QString::fromUtf8(name) + QStringLiteral(".sylvora")), "--json"});
+        ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+        const QJsonObject world = parseJson(result);
+        EXPECT_EQ(world["status"].toInt(-99), 0);
+        EXPECT_TRUE(world["warnings"].toArray().isEmpty());
+        EXPECT_EQ(world["name"].toString(), QString::fromUtf8(name));
+        EXPECT_FALSE(world["author"].toString().isEmpty());
+        const QString description = world["description"].toString();
+        EXPECT_GT(description.size(), 60);
+        EXPECT_LE(description.size(), 170);
+        EXPECT_TRUE(description.endsWith(u'.'));
+        EXPECT_EQ(world["picture"].toString(), QString::fromUtf8(name) + QStringLiteral(".png"));
+
+        const QJsonArray loops = world["loop_sounds"].toArray();
+        EXPECT_GE(loops.size(), 2);
+        for (const QJsonValue loop : loops) EXPECT_GE(loop["duration"].toDouble(), 30.0);
+        const QJsonArray environment = world["environment_sounds"].toArray();
+        EXPECT_GE(environment.size(), 3);
+        EXPECT_GE(world["groups"].toArray().size(), 1);
+        EXPECT_TRUE(std::any_of(environment.begin(), environment.end(), [](const QJsonValue& sound) { return !sound["group"].isNull(); }));
+    }
 }
 
 class InfoOnPackages : public ::testing::Test {

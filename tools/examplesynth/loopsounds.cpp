@@ -6,6 +6,7 @@
 #include "drift.h"
 #include "filters.h"
 #include "noise.h"
+#include "scatter.h"
 
 namespace sylvora::synth {
 
@@ -46,19 +47,6 @@ std::vector<double> makeBubble(Random& random) {
         bubble[i] = std::sin(phase) * std::exp(-t / decay) * attack;
     }
     return bubble;
-}
-
-// Scatters `perSecond` short events over the buffer at random times, places and levels.
-template <typename MakeEvent>
-void scatter(StereoBuffer& sound, double perSecond, double spread, double minGain, double maxGain,
-             Random& random, MakeEvent makeEvent) {
-    double t = random.exponential(perSecond);
-    while (t < sound.seconds()) {
-        const std::vector<double> event = makeEvent(random);
-        const double gain = minGain * std::pow(maxGain / minGain, random.unit());
-        sound.addMono(event, static_cast<std::ptrdiff_t>(t * SAMPLE_RATE), random.uniform(-spread, spread), gain);
-        t += random.exponential(perSecond);
-    }
 }
 
 }  // namespace

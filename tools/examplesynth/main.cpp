@@ -1,8 +1,8 @@
 // examplesynth: generates the example world at build time, and assembles worlds from sound files
 // for the benchmark scripts.
 //
-//   examplesynth example OUTPUT_FOLDER
-//       writes OUTPUT_FOLDER/Evening Forest.sylvora
+//   examplesynth example OUTPUT_FOLDER [NAME...]
+//       writes OUTPUT_FOLDER/NAME.sylvora for every bundled world (or the ones named)
 //   examplesynth assemble PACKAGE.sylvora [--name NAME] [--crossfade S]
 //                [--loop FILE]... [--environment FILE]... [--interval MIN:MAX]
 //       saves a world of those files; --interval applies to the environment sounds
@@ -11,10 +11,12 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 #include "core/strings/stringresources.h"
-#include "eveningforest.h"
+#include "bundledworlds.h"
 #include "packagewriter.h"
 
 namespace {
@@ -25,16 +27,26 @@ int fail(const QString& message) {
 }
 
 int runExample(const QStringList& arguments) {
-    if (arguments.size() != 1) return fail(QStringLiteral("usage: examplesynth example OUTPUT_FOLDER"));
+    if (arguments.isEmpty()) return fail(QStringLiteral("usage: examplesynth example OUTPUT_FOLDER [NAME...]"));
     const QString folder = QFileInfo(arguments[0]).absoluteFilePath();
-    if (!QDir().mkpath(folder)) return fail(QStringLiteral("cannot create %1").arg(folder));
-    QTemporaryDir staging(QDir(folder).filePath(QStringLiteral(".staging-XXXXXX")));
-    if (!staging.isValid()) return fail(QStringLiteral("cannot create a staging folder in %1").arg(folder));
-    const QString package = QDir(folder).filePath(QStringLiteral("Evening Forest.sylvora"));
-    if (const QString error = sylvora::synth::buildEveningForest(staging.path(), package); !error.isEmpty()) {
-        return fail(error);
+    const QStringList wanted = arguments.mid(1);
+    for (const QString& name : wanted) {
+        if (std::none_of(std::begin(sylvora::synth::BUNDLED_WORLDS), std::end(sylvora::synth::BUNDLED_WORLDS),
+                         [&](const auto& world) { return name == QLatin1String(world.name); })) {
+            return fail(QStringLiteral("there is no bundled world named '%1'").arg(name));
+        }
     }
-    std::printf("examplesynth: wrote %s\n", package.toLocal8Bit().constData());
+    if (!QDir().mkpath(folder)) return fail(QStringLiteral("cannot create %1").arg(folder));
+    for (const auto& world : sylvora::synth::BUNDLED_WORLDS) {
+        const QString name = QLatin1String(world.name);
+        if (!wanted.isEmpty() && !wanted.contains(name)) continue;
+        // Each world's files are staged apart and the package replaced only once all of it is written.
+        QTemporaryDir staging(QDir(folder).filePath(QStringLiteral(".staging-XXXXXX")));
+        if (!staging.isValid()) return fail(QStringLiteral("cannot create a staging folder in %1").arg(folder));
+        const QString package = QDir(folder).filePath(name + QStringLiteral(".sylvora"));
+        if (const QString error = world.build(staging.path(), package); !error.isEmpty()) return fail(error);
+        std::printf("examplesynth: wrote %s\n", package.toLocal8Bit().constData());
+    }
     return 0;
 }
 
@@ -83,5 +95,5 @@ int main(int argc, char** argv) {
     const QString mode = arguments.isEmpty() ? QString() : arguments.takeFirst();
     if (mode == u"example") return runExample(arguments);
     if (mode == u"assemble") return runAssemble(arguments);
-    return fail(QStringLiteral("usage: examplesynth example OUTPUT_FOLDER | examplesynth assemble PACKAGE.sylvora [options]"));
+    return fail(QStringLiteral("usage: examplesynth example OUTPUT_FOLDER [NAME...] | examplesynth assemble PACKAGE.sylvora [options]"));
 }

@@ -97,4 +97,21 @@ QString writeWorldPackage(const WorldRecipe& recipe, const QString& packagePath)
     return {};
 }
 
+QString writeSoundInto(const QString& folder, const QString& fileName, const StereoBuffer& sound, QString& error) {
+    const QString path = QDir(folder).filePath(fileName);
+    std::string why;
+    if (error.isEmpty() && !writeSound(path.toStdString(), sound, why)) {
+        error = QStringLiteral("cannot write %1: %2").arg(path, QString::fromStdString(why));
+    }
+    return path;
+}
+
+QString savePictureInto(const QString& folder, const QString& fileName, const QImage& picture, QString& error) {
+    const QString path = QDir(folder).filePath(fileName);
+    if (error.isEmpty() && !picture.save(path, "PNG")) {
+        error = QStringLiteral("cannot write %1").arg(path);
+    }
+    return path;
+}
+
 }  // namespace sylvora::synth

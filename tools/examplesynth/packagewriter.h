@@ -4,9 +4,12 @@
 // Save As that the editor uses) and saves it as a package, so the example is written by the code
 // users run.
 
+#include <QImage>
 #include <QString>
 #include <optional>
 #include <vector>
+
+#include "stereobuffer.h"
 
 namespace sylvora::synth {
 
@@ -44,5 +47,11 @@ struct WorldRecipe {
 // Saves `recipe` as the package `packagePath` (which must end in ".sylvora"), replacing one that is
 // there. Returns an empty string on success, otherwise what went wrong.
 QString writeWorldPackage(const WorldRecipe& recipe, const QString& packagePath);
+
+// Write one synthesized sound or picture as `folder/fileName` and return its path. A failure fills
+// `error` unless it already holds an earlier one, and later calls then write nothing, so a world's
+// files can be written in one go and the first error checked once.
+QString writeSoundInto(const QString& folder, const QString& fileName, const StereoBuffer& sound, QString& error);
+QString savePictureInto(const QString& folder, const QString& fileName, const QImage& picture, QString& error);
 
 }  // namespace sylvora::synth
