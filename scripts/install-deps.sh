@@ -12,6 +12,7 @@ packages=(
   pulseaudio pulseaudio-utils sox
   xvfb xauth xdotool dbus libcanberra-dev libqt6svg6
   clang-14 libclang-rt-14-dev
+  file debootstrap ffmpeg desktop-file-utils appstream bash-completion
 )
 
 missing=()

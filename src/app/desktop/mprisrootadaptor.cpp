@@ -15,7 +15,7 @@ QString MprisRootAdaptor::identity() const {
 
 QString MprisRootAdaptor::desktopEntry() const {
     const QString entry = QGuiApplication::desktopFileName();
-    return entry.isEmpty() ? QStringLiteral("sylvora") : entry;
+    return entry.isEmpty() ? QStringLiteral("org.sylvora.Sylvora") : entry;
 }
 
 void MprisRootAdaptor::Raise() { service_.raise(); }

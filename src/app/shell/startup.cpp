@@ -160,7 +160,7 @@ int runApplication(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Sylvora"));
     QApplication::setApplicationDisplayName(QStringLiteral("Sylvora"));
     QApplication::setApplicationVersion(QStringLiteral(SYLVORA_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("sylvora"));
+    QApplication::setDesktopFileName(QStringLiteral("org.sylvora.Sylvora"));
     initApplicationResources();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/sylvora.svg")));
     QApplication::setQuitOnLastWindowClosed(false);  // closing a window only hides it

@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# Takes the screenshots the AppStream metainfo shows (data/screenshots/) from the built application
+# under a private Xvfb, with empty settings and no sound device, so anyone can take them again
+# after the windows change.
+# Usage: scripts/take-screenshots.sh [BUILD_DIR]   (needs Xvfb, xdotool and ffmpeg)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${1:-build}
+app=$build/src/app/sylvora
+worlds=$build/examples
+out=data/screenshots
+mkdir -p "$out"
+
+scratch=$(mktemp -d)
+display=:$((100 + $$ % 400))
+Xvfb "$display" -screen 0 1280x900x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb=$!
+pids=()
+cleanup() {
+  for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null || true; done
+  kill "$xvfb" 2>/dev/null || true
+  rm -rf "$scratch"
+}
+trap cleanup EXIT
+export DISPLAY=$display HOME=$scratch XDG_CONFIG_HOME=$scratch/config XDG_DATA_HOME=$scratch/data
+export XDG_RUNTIME_DIR=$scratch QT_QPA_PLATFORM=xcb PULSE_SERVER=unix:$scratch/no-sound
+for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && break; sleep 0.1; done
+
+# Grabs the window whose title matches $1 into $2, once it has been drawn.
+grab() {
+  local wid
+  wid=$(xdotool search --sync --name "$1" | head -n 1)
+  sleep 1.5  # the picture and the texts are drawn a moment after the window maps
+  eval "$(xdotool getwindowgeometry --shell "$wid")"
+  ffmpeg -loglevel error -y -f x11grab -draw_mouse 0 -video_size "${WIDTH}x${HEIGHT}" -i "$DISPLAY+$X,$Y" -frames:v 1 "$2"
+  echo "$2: ${WIDTH}x${HEIGHT}"
+}
+
+# A first open shows the world's Get Info window at its ideal size.
+for world in "Evening Forest" "Sea Shore" "Fireside"; do
+  "$app" "$worlds/$world.sylvora" >/dev/null 2>&1 &
+  pids+=($!)
+  slug=$(echo "$world" | tr 'A-Z ' 'a-z-')
+  grab "^$world Info" "$out/get-info-$slug.png"
+  if [[ $world == "Evening Forest" ]]; then
+    xdotool key --window "$(xdotool search --name "^$world Info" | head -n 1)" ctrl+e
+    grab "World Editor" "$out/editor.png"
+  fi
+  kill "${pids[-1]}"; wait "${pids[-1]}" 2>/dev/null || true
+  rm -rf "$scratch/config"  # each world opens as a first open
+done
