@@ -9,8 +9,7 @@
 namespace sylvora::app {
 
 namespace {
-constexpr int CONNECT_TIMEOUT_MS = 1000;
-constexpr int TRANSFER_TIMEOUT_MS = 3000;
+constexpr int WAIT_STEP_MS = 1000;
 }  // namespace
 
 QString SingleInstance::serverNameFor(const QString& settingsFilePath) {
@@ -31,7 +30,12 @@ SingleInstance::SingleInstance(QString serverName) : serverName_(std::move(serve
 bool SingleInstance::handToRunningInstance(const QStringList& documents) {
     QLocalSocket socket;
     socket.connectToServer(serverName_);
-    if (!socket.waitForConnected(CONNECT_TIMEOUT_MS)) return false;
+    // No socket, or one that refuses: nobody listens (a crashed instance left its socket). A
+    // socket that accepts belongs to a live instance, however busy, and it is waited for: giving
+    // up on it would start a second one, and both would write the same settings at quit.
+    while (!socket.waitForConnected(WAIT_STEP_MS)) {
+        if (socket.error() != QLocalSocket::SocketTimeoutError) return false;
+    }
     QByteArray message;
     QDataStream encoder(&message, QIODevice::WriteOnly);
     encoder << documents;
@@ -39,7 +43,10 @@ bool SingleInstance::handToRunningInstance(const QStringList& documents) {
     out << message;
     socket.flush();
     // The running instance answers once it has the whole message, so nothing is lost on exit.
-    return socket.waitForReadyRead(TRANSFER_TIMEOUT_MS) && socket.read(1) == "1";
+    while (socket.bytesAvailable() == 0 && socket.state() == QLocalSocket::ConnectedState) {
+        socket.waitForReadyRead(WAIT_STEP_MS);
+    }
+    return socket.read(1) == "1";
 }
 
 bool SingleInstance::listen() {

@@ -1,8 +1,10 @@
 #include "app/desktop/trayicon.h"
 
 #include <QApplication>
+#include <QTimer>
 
 #include "app/desktop/sleeptimermenu.h"
+#include "app/shell/applicationevents.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
@@ -11,23 +13,38 @@
 
 namespace sylvora::app {
 
+namespace {
+constexpr int LOOK_FOR_TRAY_INTERVAL_MS = 2000;
+}  // namespace
+
 TrayIcon::TrayIcon() : icon_(QApplication::windowIcon()) {
-    rebuildDockMenu();
     connect(&ShellEvents::instance(), &ShellEvents::stateChanged, this, &TrayIcon::refresh);
     if (SleepTimerMenu* sleep = SleepTimerMenu::instance()) {
         connect(sleep, &SleepTimerMenu::statusTextChanged, this, &TrayIcon::refresh);
     }
-    if (!QSystemTrayIcon::isSystemTrayAvailable()) return;
-    icon_.setContextMenu(dockMenu);
     connect(&icon_, &QSystemTrayIcon::activated, this, [](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger) postCommand(command::SHOW);
     });
+    showWhenTrayAvailable();
+    if (shown_) return;
+    lookForTray_ = new QTimer(this);
+    lookForTray_->setInterval(LOOK_FOR_TRAY_INTERVAL_MS);
+    connect(lookForTray_, &QTimer::timeout, this, &TrayIcon::showWhenTrayAvailable);
+    lookForTray_->start();
+}
+
+void TrayIcon::showWhenTrayAvailable() {
+    if (shown_ || !QSystemTrayIcon::isSystemTrayAvailable()) return;
+    if (lookForTray_ != nullptr) lookForTray_->stop();
+    shown_ = true;
+    icon_.setContextMenu(dockMenu);
     refresh();
     icon_.show();
-    shown_ = true;
+    setTrayAvailable(true);  // closing the last window no longer quits
 }
 
 void TrayIcon::refresh() {
+    if (!shown_) return;
     rebuildDockMenu();
     const QString name = gCurrentWorld->getName();
     QString tip = name.isEmpty() ? QApplication::applicationDisplayName()

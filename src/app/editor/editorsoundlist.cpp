@@ -3,6 +3,7 @@
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QPainter>
 
 #include <algorithm>
 
@@ -77,12 +78,15 @@ void EditorSoundList::commitEditing() {
     }
 }
 
+void EditorSoundList::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    QTreeView::closeEditor(editor, hint);
+    Q_EMIT editingEnded();
+}
+
 void EditorSoundList::dragEnterEvent(QDragEnterEvent* event) {
     // Accepting the enter only lets the moves come; each move decides for the row under it.
-    if (acceptDrag && acceptDrag(*event->mimeData(), dropTargetAt(event->position().toPoint()))) {
-        event->setDropAction(Qt::CopyAction);
-        event->accept();
-    } else if (acceptDrag && acceptDrag(*event->mimeData(), 0)) {
+    const ItemID target = dropTargetAt(event->position().toPoint());
+    if (acceptDrag && (acceptDrag(*event->mimeData(), target) || acceptDrag(*event->mimeData(), 0))) {
         event->setDropAction(Qt::CopyAction);
         event->accept();
     } else {
@@ -91,25 +95,62 @@ void EditorSoundList::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void EditorSoundList::dragMoveEvent(QDragMoveEvent* event) {
-    if (acceptDrag && acceptDrag(*event->mimeData(), dropTargetAt(event->position().toPoint()))) {
+    const QPoint position = event->position().toPoint();
+    const ItemID target = dropTargetAt(position);
+    const bool accepted = acceptDrag && acceptDrag(*event->mimeData(), target);
+    if (accepted) {
         event->setDropAction(Qt::CopyAction);
         event->accept();
     } else {
         event->ignore();
     }
+    highlightDropTarget(accepted ? target : 0);
+    // Near an edge the list scrolls, so that a row out of sight can be reached.
+    const QRect inner = viewport()->rect().adjusted(autoScrollMargin(), autoScrollMargin(), -autoScrollMargin(),
+                                                    -autoScrollMargin());
+    if (hasAutoScroll() && !inner.contains(position)) startAutoScroll();
+    else stopAutoScroll();
 }
 
-void EditorSoundList::dragLeaveEvent(QDragLeaveEvent* event) { event->accept(); }
+void EditorSoundList::dragLeaveEvent(QDragLeaveEvent* event) {
+    highlightDropTarget(0);
+    stopAutoScroll();
+    event->accept();
+}
 
 void EditorSoundList::dropEvent(QDropEvent* event) {
+    highlightDropTarget(0);
+    stopAutoScroll();
     const ItemID target = dropTargetAt(event->position().toPoint());
-    if (!acceptDrag || !acceptDrag(*event->mimeData(), target)) {
+    // Refused unless something was taken: the source then knows nothing moved.
+    if (acceptDrag && acceptDrag(*event->mimeData(), target) && receiveDrag && receiveDrag(*event->mimeData(), target)) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    } else {
+        event->setDropAction(Qt::IgnoreAction);
         event->ignore();
-        return;
     }
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    if (receiveDrag) receiveDrag(*event->mimeData(), target);
+}
+
+ItemID EditorSoundList::dropHighlight() const {
+    return dropHighlight_.isValid() ? listModel()->itemOf(dropHighlight_) : 0;
+}
+
+void EditorSoundList::highlightDropTarget(ItemID item) {
+    const QModelIndex index = item == 0 ? QModelIndex() : listModel()->indexOf(item);
+    if (QPersistentModelIndex(index) == dropHighlight_) return;
+    dropHighlight_ = index;
+    viewport()->update();
+}
+
+void EditorSoundList::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    QTreeView::drawRow(painter, option, index);
+    if (!dropHighlight_.isValid() || index != dropHighlight_) return;
+    painter->save();
+    painter->setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), 3, 3);
+    painter->restore();
 }
 
 void EditorSoundList::startDrag(Qt::DropActions /*supportedActions*/) {

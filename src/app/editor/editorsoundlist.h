@@ -41,14 +41,25 @@ public:
     ItemID editItemID() const;
     void commitEditing();
 
+    // The group that would receive the drag over the list now (0: none, or the background).
+    ItemID dropHighlight() const;
+
+Q_SIGNALS:
+    // An in-place edit ended, however it ended (Return, Escape, the focus leaving, commitEditing).
+    void editingEnded();
+
 protected:
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 private:
+    void highlightDropTarget(ItemID item);
+    QPersistentModelIndex dropHighlight_;
     QPersistentModelIndex editing_;
 };
 

@@ -14,6 +14,20 @@ bool conformsTo(const QMimeType& type, const QString& prefix) {
     const QStringList ancestors = type.allAncestors();
     return std::any_of(ancestors.begin(), ancestors.end(), [&](const QString& name) { return name.startsWith(prefix); });
 }
+
+// Filed under audio/ yet not sampled sound, so the world refuses them: playlists name other files,
+// MIDI and tracker-less note formats hold notes.
+bool isSampledSound(const QMimeType& type) {
+    static const QStringList notSampled = {
+        QStringLiteral("audio/x-mpegurl"), QStringLiteral("audio/mpegurl"), QStringLiteral("audio/x-scpls"),
+        QStringLiteral("audio/x-ms-asx"), QStringLiteral("audio/x-ms-wax"), QStringLiteral("audio/midi"),
+        QStringLiteral("audio/x-midi"), QStringLiteral("audio/sp-midi"), QStringLiteral("audio/prs.sid")};
+    if (type.inherits(QStringLiteral("text/plain"))) return false;
+    for (const QString& name : notSampled) {
+        if (type.inherits(name)) return false;
+    }
+    return true;
+}
 }  // namespace
 
 bool isAcceptableFile(const QString& path, FileKind kind) {
@@ -21,7 +35,8 @@ bool isAcceptableFile(const QString& path, FileKind kind) {
     if (!info.exists() || !info.isFile()) return false;
     const QMimeType type = QMimeDatabase().mimeTypeForFile(info, QMimeDatabase::MatchDefault);
     if (!type.isValid()) return false;
-    return conformsTo(type, kind == FileKind::Sound ? QStringLiteral("audio/") : QStringLiteral("image/"));
+    if (kind == FileKind::Picture) return conformsTo(type, QStringLiteral("image/"));
+    return conformsTo(type, QStringLiteral("audio/")) && isSampledSound(type);
 }
 
 FileKindFilter::FileKindFilter(FileKind kind, QObject* parent) : QSortFilterProxyModel(parent), kind_(kind) {

@@ -4,7 +4,9 @@
 #include <QPainter>
 
 #include "app/editor/editordrags.h"
+#include "app/shell/appstrings.h"
 #include "core/picture/pictureutils.h"
+#include "core/strings/stringresources.h"
 
 namespace sylvora::app {
 
@@ -38,7 +40,7 @@ void PictureWell::paintEvent(QPaintEvent* event) {
     } else {
         // An empty well says what it is for; seen empty at a large size it read as a blank panel.
         painter.setPen(palette().color(QPalette::PlaceholderText));
-        painter.drawText(contentsRect(), Qt::AlignCenter, tr("Drop a picture here"));
+        painter.drawText(contentsRect(), Qt::AlignCenter, copyLocalizedString(DROP_PICTURE_HERE_KEY, MISC_STRINGS_FILE));
     }
     if (highlight_ == 1) {
         const qreal inset = frameWidth() + 1.5;

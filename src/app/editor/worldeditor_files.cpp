@@ -1,6 +1,7 @@
 // Sound files and the picture by the choose-file dialog, and the picture well's display.
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFileDialog>
 #include <QLabel>
 
@@ -24,7 +25,10 @@ bool WorldEditorWindow::isAcceptablePictureFile(const FSRef& file) {
 namespace {
 // A choose-file sheet on the editor: Qt's own dialog, so that the proxy can hide what the world
 // would not take. The choice arrives through filesSelected; `navDialog` clears when it closes.
-QFileDialog* makeChooseFileDialog(QWidget* parent, FileKind kind, const QString& message, const QString& folder) {
+QFileDialog* makeChooseFileDialog(QWidget* parent, FileKind kind, const QString& message) {
+    // The sound and picture dialogs remember their folders apart, from one run to the next.
+    const auto kept = kind == FileKind::Sound ? Preferences::DialogFolder::Sounds : Preferences::DialogFolder::Picture;
+    const QString folder = gPrefs->getDialogFolder(kept);
     auto* dialog = new QFileDialog(parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setOption(QFileDialog::DontUseNativeDialog, true);
@@ -33,7 +37,9 @@ QFileDialog* makeChooseFileDialog(QWidget* parent, FileKind kind, const QString&
     dialog->setWindowTitle(message.isEmpty() ? application : message);
     dialog->setFileMode(kind == FileKind::Sound ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
     dialog->setProxyModel(new FileKindFilter(kind, dialog));
-    dialog->setDirectory(folder.isEmpty() ? QDir::homePath() : folder);
+    dialog->setDirectory(folder.isEmpty() || !QFileInfo(folder).isDir() ? QDir::homePath() : folder);
+    QObject::connect(dialog, &QFileDialog::finished, dialog,
+                     [dialog, kept] { gPrefs->setDialogFolder(kept, dialog->directory().absolutePath()); });
     dialog->setLabelText(QFileDialog::Accept, QFileDialog::tr("Choose"));
     return dialog;
 }
@@ -50,12 +56,9 @@ void WorldEditorWindow::promptForSoundFiles() {
     if (c.loopList->isVisible()) message = copyLocalizedString(SELECT_LOOPING_SOUND_FILES_PROMPT_KEY, MISC_STRINGS_FILE);
     else if (c.environmentList->isVisible())
         message = copyLocalizedString(SELECT_ENVIRONMENT_SOUND_FILES_PROMPT_KEY, MISC_STRINGS_FILE);
-    QFileDialog* dialog = makeChooseFileDialog(window, FileKind::Sound, message, soundDialogFolder);
+    QFileDialog* dialog = makeChooseFileDialog(window, FileKind::Sound, message);
     QObject::connect(dialog, &QFileDialog::filesSelected, window, [this](const QStringList& files) { chooseFiles(files); });
-    QObject::connect(dialog, &QFileDialog::finished, window, [this, dialog] {
-        soundDialogFolder = dialog->directory().absolutePath();
-        navDialog = nullptr;
-    });
+    QObject::connect(dialog, &QFileDialog::finished, window, [this] { navDialog = nullptr; });
     navDialog = dialog;
     dialog->open();
 }
@@ -66,12 +69,9 @@ void WorldEditorWindow::promptForPictureFile() {
         return;
     }
     const QString message = copyLocalizedString(SELECT_PICTURE_FILE_PROMPT_KEY, MISC_STRINGS_FILE);
-    QFileDialog* dialog = makeChooseFileDialog(window, FileKind::Picture, message, pictureDialogFolder);
+    QFileDialog* dialog = makeChooseFileDialog(window, FileKind::Picture, message);
     QObject::connect(dialog, &QFileDialog::filesSelected, window, [this](const QStringList& files) { chooseFiles(files); });
-    QObject::connect(dialog, &QFileDialog::finished, window, [this, dialog] {
-        pictureDialogFolder = dialog->directory().absolutePath();
-        navDialog = nullptr;
-    });
+    QObject::connect(dialog, &QFileDialog::finished, window, [this] { navDialog = nullptr; });
     navDialog = dialog;
     dialog->open();
 }

@@ -5,6 +5,7 @@
 #include <QItemSelectionModel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QSlider>
 
 #include "app/editor/editorsoundlist.h"
@@ -37,7 +38,7 @@ void WorldEditorWindow::wireLists() {
         QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, window,
                          [this, list] { selectionChanged(*list); });
         // The end of an in-place edit puts the whole list in order again.
-        QObject::connect(list->itemDelegate(), &QAbstractItemDelegate::closeEditor, window, [model] { model->sort(); });
+        QObject::connect(list, &EditorSoundList::editingEnded, window, [model] { model->sort(); });
     }
     c.loopList->setRootIsDecorated(false);
     c.loopList->setDragEnabled(false);
@@ -118,6 +119,7 @@ void WorldEditorWindow::selectionChanged(EditorSoundList& list) {
 // ---- Displays ----
 
 void WorldEditorWindow::updateDisplayedInfoForSelectedLoopingSound() {
+    const QScopedValueRollback showing(showingSelection, true);
     const SoundID sound = getSelectedLoopingSoundID();
     if (sound != 0) {
         c.loopVolumeBox->setEnabled(true);
@@ -131,6 +133,7 @@ void WorldEditorWindow::updateDisplayedInfoForSelectedLoopingSound() {
 }
 
 void WorldEditorWindow::updateDisplayedInfoForSelectedEnvironmentSound() {
+    const QScopedValueRollback showing(showingSelection, true);
     const GroupID group = getSelectedEnvironmentGroupID();
     const SoundID sound = getSelectedEnvironmentSoundID();
     if (group == 0 && sound == 0) {

@@ -71,6 +71,8 @@ void WorldEditorWindow::syncEditTextWithSlider(QSlider* slider, QLineEdit* field
 }
 
 void WorldEditorWindow::liveSliderEventHandler(QSlider* slider) {
+    // Showing a value is not the person's change: 0.29 shown as 28% must not become 0.28.
+    if (showingSelection) return;
     const GroupID group = getSelectedEnvironmentGroupID();
     const SoundID sound = getSelectedEnvironmentSoundID();
     const SoundID loop = getSelectedLoopingSoundID();

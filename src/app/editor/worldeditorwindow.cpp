@@ -81,6 +81,10 @@ WorldEditorWindow::WorldEditorWindow() : MyCarbonWindow(QStringLiteral("WorldEdi
     wireButtons();
     showTab(LOOP_SOUNDS_TAB);
     QObject::connect(c.tabs, &QTabWidget::currentChanged, window, [this](int index) { onTabChanged(index); });
+    // A click on the tab already shown changes nothing Qt reports, and is still a hit on the tabs.
+    QObject::connect(c.tabs, &QTabWidget::tabBarClicked, window, [this](int index) {
+        if (index >= 0 && index == c.tabs->currentIndex()) showTab(static_cast<WorldEditorTabs>(index + 1));
+    });
     mouseWatcher = new EditCommitter(window, c.environmentList);
     qApp->installEventFilter(mouseWatcher);
     gCurrentWorld->setPreviewStopper([this] { killSound(); });

@@ -164,6 +164,7 @@ private:
     EnvironmentSoundModel* environmentModel = nullptr;
     QObject* mouseWatcher = nullptr;
     bool changingTab = false;
+    bool showingSelection = false;  // the sliders show a selection's values: nothing is written back
 
     QMetaObject::Connection crossfadeSliderHandler;
     QMetaObject::Connection minIntervalSliderHandler;
@@ -171,8 +172,6 @@ private:
     QTimer* minIntervalTypingTimer = nullptr;
     QTimer* maxIntervalTypingTimer = nullptr;
     QPointer<QFileDialog> navDialog;
-    QString soundDialogFolder;    // the two dialogs remember their folders apart
-    QString pictureDialogFolder;
     std::unique_ptr<audio::SoundInstance> previewMovie;
     EventLoopTimerRef previewTimer = nullptr;
     SoundID previewSoundID = 0;

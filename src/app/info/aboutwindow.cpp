@@ -7,6 +7,7 @@
 #include "app/resources/appresources.h"
 #include "app/info/linklabel.h"
 #include "app/shell/helpbook.h"
+#include "app/shell/menus.h"
 #include "core/picture/pictureutils.h"
 
 namespace sylvora::app {
@@ -14,6 +15,7 @@ namespace sylvora::app {
 AboutWindow::AboutWindow() : MyCarbonWindow(QStringLiteral("AboutWindow")) {
     initApplicationResources();
     if (window == nullptr) return;
+    addKeyEquivalents(*window);  // no menu bar here, and the commands are the application's
     for (int id : {EMAIL_LINK_ID, WEB_LINK_ID}) {
         if (auto* link = qobject_cast<LinkLabel*>(myGetControlByID(CONTROLS_SIGNATURE, id))) {
             link->setLinkColor(NORMAL_LINK_COLOR);

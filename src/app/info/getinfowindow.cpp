@@ -117,7 +117,11 @@ void GetInfoWindow::drawImageView(QPainter& painter, const QRect& rect) {
             QImage opaque(pixels, QImage::Format_RGB32);
             opaque.fill(EMPTY_PICTURE_COLOR);
             QPainter onto(&opaque);
-            onto.drawImage(0, 0, createResizedCGImage(picture, pixels.width(), pixels.height(), false));
+            // The window keeps the picture's proportions, give or take a pixel of rounding, except
+            // at its minimum size: there the picture keeps them inside bands of the background.
+            const QSize fitted = picture.size().scaled(pixels, Qt::KeepAspectRatio);
+            const bool letterbox = pixels.width() - fitted.width() > 1 || pixels.height() - fitted.height() > 1;
+            onto.drawImage(0, 0, createResizedCGImage(picture, pixels.width(), pixels.height(), letterbox));
             onto.end();
             scaledPicture = QPixmap::fromImage(std::move(opaque));
             scaledPicture.setDevicePixelRatio(ratio);

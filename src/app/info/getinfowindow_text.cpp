@@ -12,19 +12,18 @@ namespace sylvora::app {
 
 namespace {
 
-// A world's texts come from a property list and may hold line breaks: the description keeps them
-// as forced breaks, the one-line texts turn them into spaces.
-QString asParagraph(QString text) {
+// A world's texts come from a property list and may hold line breaks, written the Mac's way (a bare
+// carriage return) as often as the others: the description keeps them as forced breaks, the
+// one-line texts turn them into spaces.
+QString withNewlines(QString text) {
     text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
     return text;
 }
 
-QString asOneLine(QString text) {
-    text.replace(QLatin1String("\r\n"), QLatin1String(" "));
-    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    return text;
-}
+QString asParagraph(const QString& text) { return withNewlines(text).replace(QLatin1Char('\n'), QChar::LineSeparator); }
+
+QString asOneLine(const QString& text) { return withNewlines(text).replace(QLatin1Char('\n'), QLatin1Char(' ')); }
 
 // Where `image` is not clear inside `area`, both in the image's logical pixels.
 QRectF inkWithin(const QImage& image, const QRectF& area) {

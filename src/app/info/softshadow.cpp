@@ -1,5 +1,6 @@
 #include "app/info/softshadow.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -34,9 +35,38 @@ int boxRadius(double blurRadius) {
     return static_cast<int>(std::floor(deviation * 3.0 * std::sqrt(2.0 * M_PI) / 4.0 + 0.5)) / 2;
 }
 
+// One pass of the kernel (w, 1 - 2w, w) along every row or column. Three passes of it have the
+// variance 6w, so a blur too small for a whole box still spreads each edge, by a third of a pixel
+// or less, instead of leaving the shadow hard.
+void narrowBlur(std::vector<int>& alpha, int width, int height, double weight, bool alongRows, std::vector<int>& line) {
+    const int length = alongRows ? width : height;
+    const int lines = alongRows ? height : width;
+    const int step = alongRows ? 1 : width;
+    const int lineStep = alongRows ? width : 1;
+    line.resize(static_cast<std::size_t>(length));
+    for (int l = 0; l < lines; ++l) {
+        int* at = alpha.data() + static_cast<std::ptrdiff_t>(l) * lineStep;
+        for (int i = 0; i < length; ++i) line[static_cast<std::size_t>(i)] = at[i * step];
+        for (int i = 0; i < length; ++i) {
+            const int before = i > 0 ? line[static_cast<std::size_t>(i - 1)] : 0;
+            const int after = i + 1 < length ? line[static_cast<std::size_t>(i + 1)] : 0;
+            const double mixed = weight * (before + after) + (1.0 - 2.0 * weight) * line[static_cast<std::size_t>(i)];
+            at[i * step] = static_cast<int>(std::lround(mixed));
+        }
+    }
+}
+
+double narrowWeight(double blurRadius) {
+    const double deviation = blurRadius * 0.5;
+    return std::min(deviation * deviation / 6.0, 1.0 / 3.0);
+}
+
 }  // namespace
 
-int softShadowReach(double blurRadius) { return 3 * boxRadius(blurRadius); }
+int softShadowReach(double blurRadius) {
+    if (boxRadius(blurRadius) == 0) return blurRadius > 0.0 ? 3 : 0;
+    return 3 * boxRadius(blurRadius);
+}
 
 QImage makeSoftShadow(const QImage& source, double blurRadius, const QColor& color) {
     const QImage input = source.convertToFormat(QImage::Format_ARGB32_Premultiplied);
@@ -52,6 +82,11 @@ QImage makeSoftShadow(const QImage& source, double blurRadius, const QColor& col
         std::vector<int> line;
         for (int pass = 0; pass < 3; ++pass) boxBlur(alpha, width, height, radius, true, line);
         for (int pass = 0; pass < 3; ++pass) boxBlur(alpha, width, height, radius, false, line);
+    } else if (blurRadius > 0.0) {
+        std::vector<int> line;
+        const double weight = narrowWeight(blurRadius);
+        for (int pass = 0; pass < 3; ++pass) narrowBlur(alpha, width, height, weight, true, line);
+        for (int pass = 0; pass < 3; ++pass) narrowBlur(alpha, width, height, weight, false, line);
     }
     QImage shadow(width, height, QImage::Format_ARGB32_Premultiplied);
     const QRgb opaque = color.rgba();

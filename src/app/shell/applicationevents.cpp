@@ -60,6 +60,7 @@ void save() {
         doWorldSaveAsPrompt();
     } else {
         showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_SAVING_WORLD, ERRORS_STRINGS_FILE), status);
+        showSomethingWhenInvisible();  // the action still waits, and the person needs a window to retry
     }
 }
 
@@ -153,7 +154,9 @@ OSStatus doOpenDocsEvent(const QStringList& paths) {
 void setTrayAvailable(bool available) { gTrayAvailable = available; }
 
 void showSomethingWhenInvisible() {
+    // Not while a dialog is up: the flow is not over, and its end comes back here.
     if (gTrayAvailable) return;
+    if (!navOpenDialog.isNull() || !navPutDialog.isNull() || !navAskSaveChangesDialog.isNull()) return;
     for (PlatformWindow* window : MyCarbonWindow::windowList()) {
         if (window->isVisible()) return;
     }

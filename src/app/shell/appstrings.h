@@ -11,6 +11,15 @@ inline constexpr const char* ASK_SAVE_CHANGES_QUITTING_KEY = "Ask Save Changes Q
 inline constexpr const char* ASK_SAVE_CHANGES_DETAIL_KEY = "Ask Save Changes Detail";
 inline constexpr const char* DONT_SAVE_BUTTON_KEY = "Don't Save";
 
+// "Misc": the Open and Save As dialogs' titles, and the question before replacing a package (it
+// takes the package's file name).
+inline constexpr const char* OPEN_WORLD_TITLE_KEY = "Open World";
+inline constexpr const char* SAVE_WORLD_AS_TITLE_KEY = "Save World As";
+inline constexpr const char* REPLACE_WORLD_TITLE_KEY = "Replace World";
+inline constexpr const char* REPLACE_WORLD_QUESTION_KEY = "Replace World Question";
+// "Misc": what the empty picture well invites.
+inline constexpr const char* DROP_PICTURE_HERE_KEY = "Drop Picture Here";
+
 // "Errors": what a status means, shown in an alert's details. The key is "Status" and the number.
 inline constexpr const char* STATUS_EXPLANATION_KEY_FORMAT = "Status %1";
 

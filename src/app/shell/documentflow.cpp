@@ -94,10 +94,9 @@ void navDialogEventCallback(NavSelector selector, NavUserAction action) {
             navPutDialog = nullptr;
             doPostAskSaveChangesAction();
         }
-        if (!navOpenDialog.isNull()) {
-            navOpenDialog = nullptr;
-            showSomethingWhenInvisible();
-        }
+        navOpenDialog = nullptr;
+        // A quit still waiting is under way: nothing is shown for it.
+        if (gAskSaveChangesAction != ASK_SAVE_CHANGES_QUIT) showSomethingWhenInvisible();
         ShellEvents::instance().notifyStateChanged();
     } else if (action == NavUserAction::Cancel) {
         abandonWaitingAction();
@@ -120,14 +119,16 @@ void doAskSaveChanges(AskSaveChangesActions action, const Alias* alias) {
     navAskSaveChangesDialog = box;
     gAskSaveChangesAction = action;
     if (action == ASK_SAVE_CHANGES_OPEN_DOCUMENT && alias != nullptr) gNextOpenDocument = alias->copy();
-    QObject::connect(box, &QMessageBox::buttonClicked, [box](QAbstractButton* button) {
-        switch (box->standardButton(button)) {
-            case QMessageBox::Save: navAskSaveChangesEventCallback(NavSelector::UserAction, NavUserAction::SaveChanges); break;
-            case QMessageBox::Discard: navAskSaveChangesEventCallback(NavSelector::UserAction, NavUserAction::DontSaveChanges); break;
-            default: navAskSaveChangesEventCallback(NavSelector::UserAction, NavUserAction::Cancel); break;
+    // Decided when the box has gone, whatever took it away: the title bar's close button, Alt+F4 and
+    // Escape click no button, and all of them are Cancel.
+    QObject::connect(box, &QDialog::finished, [box] {
+        NavUserAction answer = NavUserAction::Cancel;
+        switch (box->standardButton(box->clickedButton())) {
+            case QMessageBox::Save: answer = NavUserAction::SaveChanges; break;
+            case QMessageBox::Discard: answer = NavUserAction::DontSaveChanges; break;
+            default: break;
         }
-    });
-    QObject::connect(box, &QDialog::finished, [] {
+        navAskSaveChangesEventCallback(NavSelector::UserAction, answer);
         navAskSaveChangesEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
     });
     box->open();
@@ -136,6 +137,7 @@ void doAskSaveChanges(AskSaveChangesActions action, const Alias* alias) {
 void navAskSaveChangesEventCallback(NavSelector selector, NavUserAction action) {
     if (selector == NavSelector::Terminate) {
         navAskSaveChangesDialog = nullptr;
+        if (gAskSaveChangesAction == ASK_SAVE_CHANGES_NONE) showSomethingWhenInvisible();
         ShellEvents::instance().notifyStateChanged();
         return;
     }

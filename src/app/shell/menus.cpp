@@ -175,6 +175,16 @@ void attachMenuBar(QMainWindow& window) {
     }
 }
 
+void addKeyEquivalents(QWidget& window) {
+    if (!gMenus) return;
+    for (QMenu* menu : {gMenus->file.get(), gMenus->edit.get(), gMenus->volume.get(), gMenus->world.get(),
+                        gMenus->help.get()}) {
+        for (QAction* action : menu->actions()) {
+            if (!action->shortcut().isEmpty()) window.addAction(action);
+        }
+    }
+}
+
 QMenu* getContextMenu() { return gMenus ? gMenus->context.get() : nullptr; }
 
 OSStatus knownWorldsMenuEventHandler() {

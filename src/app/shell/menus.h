@@ -16,6 +16,7 @@
 class QAction;
 class QMainWindow;
 class QMenu;
+class QWidget;
 
 namespace sylvora::app {
 
@@ -38,6 +39,9 @@ QMenu* getMenu(int menuID);
 QAction* findMenuCommand(CommandID command);
 // Adds the shared menus to the window's menu bar.
 void attachMenuBar(QMainWindow& window);
+// Makes the menus' key equivalents work in a window without a menu bar: Qt only honours a shortcut
+// whose action sits in a shown widget.
+void addKeyEquivalents(QWidget& window);
 // The same menus as one popup, for a right-click.
 QMenu* getContextMenu();
 

@@ -2,21 +2,25 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMessageBox>
 
+#include "app/shell/appstrings.h"
 #include "app/windows/packagedrops.h"
+#include "core/strings/stringresources.h"
+#include "core/prefs/preferences.h"
 #include "core/world/world.h"
 
 namespace sylvora::app {
 
 namespace {
-QString& lastOpenFolder() {
-    static QString folder = QDir::homePath();
-    return folder;
+// Each dialog comes back where the person left it, in this run and the next.
+QString lastFolder(Preferences::DialogFolder dialog) {
+    const QString folder = gPrefs != nullptr ? gPrefs->getDialogFolder(dialog) : QString();
+    return folder.isEmpty() || !QFileInfo(folder).isDir() ? QDir::homePath() : folder;
 }
-QString& lastSaveFolder() {
-    static QString folder = QDir::homePath();
-    return folder;
+void rememberFolder(Preferences::DialogFolder dialog, const QString& folder) {
+    if (gPrefs != nullptr) gPrefs->setDialogFolder(dialog, folder);
 }
 QString withExtension(const QString& name) {
     const QString extension = QLatin1Char('.') + QLatin1String(World::PACKAGENAME_EXTENSION);
@@ -29,19 +33,19 @@ void configure(QFileDialog& dialog) {
 }
 }  // namespace
 
-WorldOpenDialog::WorldOpenDialog(QWidget* parent) : QFileDialog(parent, tr("Open World")) {
+WorldOpenDialog::WorldOpenDialog(QWidget* parent) : QFileDialog(parent, copyLocalizedString(OPEN_WORLD_TITLE_KEY, MISC_STRINGS_FILE)) {
     configure(*this);
     // Worlds are folders: listing folders only shows exactly the folders and the world packages.
     setFileMode(QFileDialog::Directory);
     setOption(QFileDialog::ShowDirsOnly);
     setLabelText(QFileDialog::Accept, tr("Open"));
-    setDirectory(lastOpenFolder());
+    setDirectory(lastFolder(Preferences::DialogFolder::Open));
     connect(this, &QFileDialog::directoryEntered, this, &WorldOpenDialog::enteredDirectory);
 }
 
 void WorldOpenDialog::enteredDirectory(const QString& path) {
     if (!isWorldPackagePath(path)) {
-        lastOpenFolder() = path;
+        rememberFolder(Preferences::DialogFolder::Open, path);
         return;
     }
     // A double-click on a package: step back out and choose it.
@@ -57,7 +61,7 @@ void WorldOpenDialog::accept() {
     const QString path = selected.isEmpty() ? directory().absolutePath() : selected.first();
     if (isWorldPackagePath(path)) {
         chosen_ = QFileInfo(path).absoluteFilePath();
-        lastOpenFolder() = QFileInfo(chosen_).absolutePath();
+        rememberFolder(Preferences::DialogFolder::Open, QFileInfo(chosen_).absolutePath());
         QDialog::accept();
     } else if (QFileInfo(path).isDir()) {
         setDirectory(path);  // a plain folder is entered, as a double-click would
@@ -65,13 +69,32 @@ void WorldOpenDialog::accept() {
 }
 
 WorldSaveDialog::WorldSaveDialog(const QString& proposedName, QWidget* parent)
-    : QFileDialog(parent, tr("Save World As")) {
+    : QFileDialog(parent, copyLocalizedString(SAVE_WORLD_AS_TITLE_KEY, MISC_STRINGS_FILE)) {
     configure(*this);
     setAcceptMode(QFileDialog::AcceptSave);
     setFileMode(QFileDialog::AnyFile);
     setOption(QFileDialog::ShowDirsOnly);
-    setDirectory(lastSaveFolder());
+    setDirectory(lastFolder(Preferences::DialogFolder::SaveAs));
     selectFile(proposedName);
+    connect(this, &QFileDialog::directoryEntered, this, &WorldSaveDialog::enteredDirectory);
+    // Qt's dialog leaves the name alone when a folder is selected; a package is a document, and
+    // selecting it names the destination.
+    connect(this, &QFileDialog::currentChanged, this, [this](const QString& path) {
+        auto* name = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        if (name != nullptr && isWorldPackagePath(path)) name->setText(QFileInfo(path).fileName());
+    });
+}
+
+void WorldSaveDialog::enteredDirectory(const QString& path) {
+    if (!isWorldPackagePath(path)) return;
+    // A double-click on a package chooses it to be replaced, as choosing its name would: a world
+    // is never saved inside another.
+    const QFileInfo package(path);
+    QMetaObject::invokeMethod(this, [this, package] {
+        setDirectory(package.absolutePath());
+        selectFile(package.fileName());
+        accept();
+    }, Qt::QueuedConnection);
 }
 
 void WorldSaveDialog::accept() {
@@ -86,14 +109,14 @@ void WorldSaveDialog::accept() {
     const QFileInfo target(typed.absoluteDir(), withExtension(typed.fileName()));
     if (target.exists()) {
         const auto answer = QMessageBox::question(
-            this, tr("Replace World"),
-            tr("“%1” already exists. Do you want to replace it?").arg(target.fileName()),
+            this, copyLocalizedString(REPLACE_WORLD_TITLE_KEY, MISC_STRINGS_FILE),
+            copyLocalizedString(REPLACE_WORLD_QUESTION_KEY, MISC_STRINGS_FILE).arg(target.fileName()),
             QMessageBox::Cancel | QMessageBox::Yes, QMessageBox::Cancel);
         if (answer != QMessageBox::Yes) return;
     }
     folder_ = target.absolutePath();
     name_ = target.fileName();
-    lastSaveFolder() = folder_;
+    rememberFolder(Preferences::DialogFolder::SaveAs, folder_);
     QDialog::accept();
 }
 

@@ -35,6 +35,7 @@ public Q_SLOTS:
     void accept() override;
 
 private:
+    void enteredDirectory(const QString& path);
     QString folder_;
     QString name_;
 };

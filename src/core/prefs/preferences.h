@@ -68,6 +68,13 @@ public:
     // A record without a name is shown under the display name of the package its alias recorded.
     void fillMenuWithKnownWorlds(KnownWorldsMenu& menu, const Alias* currentWorld);
 
+    // The folder each file dialog showed last, kept apart per dialog; empty before the first.
+    enum class DialogFolder { Open, SaveAs, Sounds, Picture };
+    QString getDialogFolder(DialogFolder dialog) const { return dialogFolders[static_cast<std::size_t>(dialog)]; }
+    void setDialogFolder(DialogFolder dialog, const QString& folder) {
+        dialogFolders[static_cast<std::size_t>(dialog)] = folder;
+    }
+
     // qsort order of two KnownWorld records: records without a name first, then names compared
     // without regard to case.
     static int sortWorldsQSortComparator(const void* a, const void* b);
@@ -86,6 +93,7 @@ private:
     std::array<KnownWorld, MAX_KNOWN_WORLDS> knownWorlds;
     std::int32_t numKnownWorlds = 0;
     bool knownWorldsNeedSorting = false;
+    std::array<QString, 4> dialogFolders;
 
     QString settingsFilePath;  // empty: the XDG location
 };

@@ -43,6 +43,10 @@ std::unique_ptr<QSettings> openStore(const QString& settingsFilePath) {
 
 bool holds(const QVariant& value, QMetaType::Type type) { return value.typeId() == type; }
 
+// In the order of Preferences::DialogFolder.
+constexpr const char* DIALOG_FOLDER_KEYS[] = {"Dialog Folders/Open", "Dialog Folders/Save As",
+                                              "Dialog Folders/Sounds", "Dialog Folders/Picture"};
+
 // The list is stored as an INI array group; reading turns it back into the same QVariantList of
 // maps that createCFArrayOfKnownWorlds makes, so both directions go through one stored form.
 // Only the elements the file really holds are visited, in index order: a damaged "size" of two
@@ -148,6 +152,11 @@ void Preferences::loadPreferences() {
 
     if (store->childGroups().contains(QLatin1String(PREF_KEY_KNOWN_WORLDS_ARRAY)))
         extractKnownWorldsFromCFArray(readKnownWorldsArray(*store));
+
+    for (std::size_t i = 0; i < dialogFolders.size(); ++i) {
+        const QVariant folder = store->value(QLatin1String(DIALOG_FOLDER_KEYS[i]));
+        if (holds(folder, QMetaType::QString)) dialogFolders[i] = folder.toString();
+    }
 }
 
 void Preferences::savePreferences() {
@@ -160,6 +169,10 @@ void Preferences::savePreferences() {
     else
         store->remove(QLatin1String(PREF_KEY_LAST_PLAYED_ALIAS));
     writeKnownWorldsArray(*store, createCFArrayOfKnownWorlds());
+    for (std::size_t i = 0; i < dialogFolders.size(); ++i) {
+        if (dialogFolders[i].isEmpty()) store->remove(QLatin1String(DIALOG_FOLDER_KEYS[i]));
+        else store->setValue(QLatin1String(DIALOG_FOLDER_KEYS[i]), dialogFolders[i]);
+    }
     store->sync();
 }
 

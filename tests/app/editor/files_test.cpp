@@ -3,6 +3,10 @@
 // sound of no group through all of it.
 
 #include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFileSystemModel>
+#include <QSortFilterProxyModel>
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QLabel>
@@ -11,6 +15,7 @@
 
 #include "app/editor/editordrags.h"
 #include "app/editor/picturewell.h"
+#include "app/shell/globals.h"
 #include "core/strings/stringresources.h"
 #include "editorfixture.h"
 
@@ -60,6 +65,46 @@ TEST_F(EditorFiles, DialogAddsToTheShownListAndTheSelectedGroupAndRefusesDuplica
     EXPECT_FALSE(app::WorldEditorWindow::isAcceptablePictureFile(FSRef{a}));
 }
 
+TEST_F(EditorFiles, TheSoundDialogListsFoldersAndSampledSoundsOnlyAndChoosePictureSetsThePicture) {
+    const QString wave = sound("a.wav");
+    const QString folder = QFileInfo(wave).absolutePath();
+    const QString inner = dir.makeDir(QStringLiteral("sounds/More"));
+    const QString package = dir.makeDir(QStringLiteral("sounds/Old.sylvora"));
+    const QString shouting = dir.makeDir(QStringLiteral("sounds/LOUD.SYLVORA"));
+    const QString text = dir.writeFile(QStringLiteral("sounds/notes.txt"), "not a sound");
+    const QString playlist = dir.writeFile(QStringLiteral("sounds/list.m3u"), "#EXTM3U\na.wav\n");
+    const QString shoutcast = dir.writeFile(QStringLiteral("sounds/radio.pls"), "[playlist]\nFile1=a.wav\n");
+    const QString midi = dir.writeFile(QStringLiteral("sounds/tune.mid"), QByteArray("MThd\0\0\0\6\0\0\0\1\0\x60", 14));
+    clickCommand("ADLS");
+    QFileDialog* dialog = editor().openDialog();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), "Select Looping Sound Files");  // the English table's text
+    dialog->setDirectory(folder);
+    auto* filter = qobject_cast<QSortFilterProxyModel*>(dialog->proxyModel());
+    ASSERT_NE(filter, nullptr);
+    auto* files = qobject_cast<QFileSystemModel*>(filter->sourceModel());
+    ASSERT_NE(files, nullptr);
+    const auto listed = [filter, files](const QString& path) { return filter->mapFromSource(files->index(path)).isValid(); };
+    ASSERT_TRUE(processEventsUntil([&] { return listed(wave) && listed(inner); }));
+    for (const QString& hidden : {package, shouting, text, playlist, shoutcast, midi}) {
+        EXPECT_FALSE(listed(hidden)) << hidden.toStdString();
+        EXPECT_FALSE(app::WorldEditorWindow::isAcceptableSoundFile(FSRef{hidden})) << hidden.toStdString();
+    }
+    dialog->reject();
+    ASSERT_TRUE(processEventsUntil([this] { return editor().openDialog() == nullptr; }));
+
+    editor().showTab(app::WorldEditorWindow::PICTURE_TAB);
+    clickCommand("SELP");
+    chooseInDialog({picture("chosen.png", 60, 40)});
+    EXPECT_EQ(control<QLabel>("WET3", 3)->text(), "chosen.png");
+    EXPECT_TRUE(control<app::PictureWell>("WET3", 2)->hasContent());
+    ASSERT_NE(world().getPictureFileAlias(), nullptr);
+    EXPECT_FALSE(world().getPicture().isNull());
+    // Each dialog keeps its own folder in the settings.
+    EXPECT_EQ(gPrefs->getDialogFolder(Preferences::DialogFolder::Sounds), folder);
+    EXPECT_EQ(gPrefs->getDialogFolder(Preferences::DialogFolder::Picture), QFileInfo(dir.filePath("x")).absolutePath());
+}
+
 TEST_F(EditorFiles, DropsLandOnTheBackgroundOrAGroupNeverOnASoundRow) {
     app::EditorSoundList* loops = loopList();
     EXPECT_TRUE(drop(loops, *filesDrag({sound("l1.wav"), sound("l2.wav")}), background(loops)));
@@ -83,6 +128,22 @@ TEST_F(EditorFiles, DropsLandOnTheBackgroundOrAGroupNeverOnASoundRow) {
     EXPECT_EQ(world().getEnvironmentSoundGroupID(e2), birds);
     EXPECT_EQ(editor().getSelectedEnvironmentSoundID(), e2);
     EXPECT_FALSE(drop(list, *filesDrag({sound("e3.wav")}), rowPosition(list, e1)));
+    // Files of which the world takes none: the drop is refused, so their source keeps them.
+    const QString notes = dir.writeFile(QStringLiteral("sounds/notes.txt"), "not a sound");
+    EXPECT_FALSE(drop(list, *filesDrag({notes}), background(list)));
+    EXPECT_EQ(world().getNumEnvironmentSounds(), 2);
+    // While a drag is over a group the group is marked; over a sound row nothing is.
+    const auto hovering = filesDrag({sound("e4.wav")});
+    QDragEnterEvent enter(background(list), Qt::CopyAction, hovering.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(list->viewport(), &enter);
+    for (auto [over, marked] : {std::pair{frogs, frogs}, std::pair{e1, GroupID(0)}}) {
+        QDragMoveEvent move(rowPosition(list, over), Qt::CopyAction, hovering.get(), Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(list->viewport(), &move);
+        EXPECT_EQ(list->dropHighlight(), marked);
+    }
+    QDragLeaveEvent leave;
+    QApplication::sendEvent(list->viewport(), &leave);
+    EXPECT_EQ(list->dropHighlight(), 0u);
 
     // The same file dropped again moves its sound instead of adding it twice.
     EXPECT_TRUE(drop(list, *filesDrag({sound("e1.wav")}), rowPosition(list, frogs)));

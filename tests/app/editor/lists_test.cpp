@@ -2,6 +2,8 @@
 // renaming a group in place; groups opening and closing; the controls that follow a selection.
 
 #include <QAbstractButton>
+#include <QLabel>
+#include <QTabBar>
 #include <QLineEdit>
 #include <QSlider>
 #include <QTest>
@@ -134,6 +136,60 @@ TEST_F(EditorLists, GroupsStartClosedAndShowTheirMembersWhenOpened) {
     EXPECT_TRUE(shownNames(list).isEmpty());
     editor().hide();
     EXPECT_EQ(loopList()->model()->rowCount(), 0);
+}
+
+TEST_F(EditorLists, RemovalWithGroupsOpenAndRenamesEndedByAClickThatTakesNoFocus) {
+    const GroupID birds = world().addGroup(QStringLiteral("Birds"));
+    const GroupID frogs = world().addGroup(QStringLiteral("Frogs"));
+    std::vector<SoundID> sounds;
+    for (const char* name : {"a.wav", "b.wav", "c.wav", "z.wav"}) {
+        sounds.push_back(world().addEnvironmentSound(*WorldFixture::aliasOf(sound(QString::fromLatin1(name)))));
+    }
+    world().setEnvironmentSoundGroupID(sounds[0], birds);
+    world().setEnvironmentSoundGroupID(sounds[1], birds);
+    world().setEnvironmentSoundGroupID(sounds[2], frogs);
+    editor().startEditing();
+    editor().showTab(app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+    app::EditorSoundList* list = environmentList();
+    list->expand(list->listModel()->indexOf(birds));
+    list->expand(list->listModel()->indexOf(frogs));
+    ASSERT_EQ(shownNames(list), (QStringList{"Birds", "a.wav", "b.wav", "Frogs", "c.wav", "z.wav"}));
+
+    select(list, sounds[0]);
+    clickCommand("RMES");
+    EXPECT_EQ(shownNames(list), (QStringList{"Birds", "b.wav", "Frogs", "c.wav", "z.wav"}));
+    EXPECT_EQ(editor().getSelectedEnvironmentSoundID(), sounds[1]);
+    clickCommand("RMES");
+    EXPECT_EQ(shownNames(list), (QStringList{"Birds", "Frogs", "c.wav", "z.wav"}));
+    EXPECT_EQ(editor().getSelectedEnvironmentItemID(), frogs);
+    EXPECT_EQ(world().getNumGroups(), 2);
+    EXPECT_EQ(world().getNumEnvironmentSounds(), 2);
+
+    // Renaming ends with a click on a label or on the tab bar, neither of which takes the focus.
+    QLabel* label = nullptr;
+    for (QLabel* candidate : editor().getWindow()->findChildren<QLabel*>()) {
+        if (candidate->isVisible() && candidate->focusPolicy() == Qt::NoFocus) label = candidate;
+    }
+    ASSERT_NE(label, nullptr);
+    QTabBar* tabs = editor().getWindow()->findChild<QTabBar*>();
+    ASSERT_NE(tabs, nullptr);
+    struct Case {
+        QWidget* clicked;
+        QPoint at;
+        const char* name;
+        QStringList shown;
+    };
+    for (const Case& c : {Case{label, QPoint(2, 2), "Aardvarks", {"Aardvarks", "c.wav", "Birds", "z.wav"}},
+                          Case{tabs, tabs->tabRect(tabs->currentIndex()).center(), "Zoo", {"Birds", "z.wav", "Zoo", "c.wav"}}}) {
+        list->editItem(frogs);
+        auto* field = qobject_cast<QLineEdit*>(list->indexWidget(list->listModel()->indexOf(frogs)));
+        ASSERT_NE(field, nullptr);
+        field->selectAll();
+        QTest::keyClicks(field, c.name);
+        QTest::mouseClick(c.clicked, Qt::LeftButton, {}, c.at);
+        EXPECT_EQ(world().getGroupName(frogs), c.name);
+        EXPECT_EQ(shownNames(list), c.shown);
+    }
 }
 
 }  // namespace

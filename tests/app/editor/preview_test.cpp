@@ -3,6 +3,8 @@
 // end, or the editor hiding.
 
 #include <QFile>
+#include <QTabBar>
+#include <utility>
 #include <QTest>
 
 #include "audio/engine/soundinstance.h"
@@ -43,6 +45,11 @@ TEST_F(EditorPreview, DoubleClickTogglesAndReplacesAtTheRightVolume) {
     doubleClick(environmentList(), bird);
     ASSERT_NE(editor().getPreviewMovie(), nullptr);
     EXPECT_EQ(editor().getPreviewMovie()->volume(), 64);  // its own range, without the world's volume
+    auto* tabs = editor().getWindow()->findChild<QTabBar*>();
+    ASSERT_NE(tabs, nullptr);
+    QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(tabs->currentIndex()).center());
+    EXPECT_EQ(editor().getPreviewSoundID(), 0u) << "a click on the tab shown ends it too";
+    doubleClick(environmentList(), bird);
     editor().showTab(app::WorldEditorWindow::PICTURE_TAB);
     EXPECT_EQ(editor().getPreviewSoundID(), 0u);
 
@@ -64,6 +71,32 @@ TEST_F(EditorPreview, APreviewEndsWithItsSoundAndAMissingFileNeverStarts) {
     EXPECT_NE(editor().playSound(true, gone), noErr);
     EXPECT_EQ(editor().getPreviewSoundID(), 0u);
     EXPECT_EQ(editor().playSound(false, 999), fnfErr);
+}
+
+TEST_F(EditorPreview, APreviewEndsWhenItsSoundIsRemovedOrTheWorldIsSaved) {
+    const SoundID loop = world().addLoopSound(*WorldFixture::aliasOf(sound("loop.wav", 5.0)));
+    const SoundID bird = world().addEnvironmentSound(*WorldFixture::aliasOf(sound("bird.wav", 5.0)));
+    world().addEnvironmentSound(*WorldFixture::aliasOf(sound("owl.wav", 5.0)));  // left to play after the save
+    editor().startEditing();
+    for (auto [list, played] : {std::pair{loopList(), loop}, std::pair{environmentList(), bird}}) {
+        const bool loops = list == loopList();
+        editor().showTab(loops ? app::WorldEditorWindow::LOOP_SOUNDS_TAB : app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+        doubleClick(list, played);
+        ASSERT_EQ(editor().getPreviewSoundID(), played);
+        select(list, played);
+        if (loops) clickCommand("RMLS");
+        else clickCommand("RMES");
+        EXPECT_EQ(editor().getPreviewSoundID(), 0u);
+        EXPECT_EQ(editor().getPreviewMovie(), nullptr);
+    }
+    ASSERT_EQ(world().doSaveAs(WorldFixture::ref(dir.path()), QStringLiteral("Saved.sylvora")), noErr);
+    editor().startEditing();
+    editor().showTab(app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+    const SoundID saved = world().getIndEnvironmentSoundID(0);
+    doubleClick(environmentList(), saved);
+    ASSERT_EQ(editor().getPreviewSoundID(), saved);
+    ASSERT_EQ(world().doSave(), noErr);  // over its own package: no file of it may stay open
+    EXPECT_EQ(editor().getPreviewSoundID(), 0u);
 }
 
 }  // namespace

@@ -105,6 +105,62 @@ TEST_F(EditorValues, TextThatIsNotAWholeNumberBeepsAndChangesNothing) {
     }
 }
 
+TEST_F(EditorValues, ShowingASelectionWritesNothingAndOnlyThePersonsMoveDoes) {
+    // Volumes whose percent truncates (0.29 shows as 28%) in a world just saved, so unmodified.
+    const SoundID hum = world().addLoopSound(*WorldFixture::aliasOf(sound("hum.wav")));
+    world().setLoopSoundVolume(hum, 0.29);
+    world().setEnvironmentSoundMaxVolume(target, 0.57);
+    world().setEnvironmentSoundMinVolume(target, 0.29);
+    ASSERT_EQ(world().doSaveAs(WorldFixture::ref(dir.path()), QStringLiteral("Exact.sylvora")), noErr);
+    ASSERT_FALSE(world().getModified());
+    const SoundID loop = world().getIndLoopSoundID(0);
+    const SoundID owl = world().getIndEnvironmentSoundID(0);
+    editor().startEditing();
+    select(environmentList(), 0);
+    select(environmentList(), owl);
+    EXPECT_EQ(slider("WET1", 8)->value(), 28);
+    EXPECT_EQ(slider("WET2", 10)->value(), 28);
+    EXPECT_EQ(slider("WET2", 15)->value(), 56);
+    EXPECT_FALSE(world().getModified());
+    EXPECT_EQ(world().getLoopSoundVolume(loop), 0.29);
+    EXPECT_EQ(world().getEnvironmentSoundMinVolume(owl), 0.29);
+    EXPECT_EQ(world().getEnvironmentSoundMaxVolume(owl), 0.57);
+
+    editor().showTab(app::WorldEditorWindow::LOOP_SOUNDS_TAB);
+    dragThrough(slider("WET1", 8), {35, 40});
+    EXPECT_DOUBLE_EQ(world().getLoopSoundVolume(loop), 0.4);
+    EXPECT_TRUE(world().getModified());
+}
+
+TEST_F(EditorValues, TypedCrossfadeAndNumbersBeyondTheSlidersSurviveReselectionAndARefill) {
+    const SoundID wren = world().addEnvironmentSound(*WorldFixture::aliasOf(sound("wren.wav")));
+    editor().showTab(app::WorldEditorWindow::LOOP_SOUNDS_TAB);
+    type(field("WET1", 15), "12");
+    EXPECT_EQ(world().getLoopSoundsCrossFadeDuration(), 12);
+    EXPECT_EQ(slider("WET1", 14)->value(), 12);
+    type(field("WET1", 15), "900");
+    EXPECT_EQ(world().getLoopSoundsCrossFadeDuration(), 900);
+    EXPECT_EQ(slider("WET1", 14)->value(), slider("WET1", 14)->maximum());
+    editor().showTab(app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+    select(environmentList(), target);
+    type(field("WET2", 23), "5000");
+    for (bool refill : {false, true}) {
+        if (refill) editor().startEditing();
+        select(environmentList(), wren);
+        select(environmentList(), target);
+        EXPECT_EQ(field("WET2", 23)->text(), "5000") << refill;
+        EXPECT_EQ(field("WET2", 19)->text(), "10");
+        EXPECT_EQ(field("WET1", 15)->text(), "900");
+        EXPECT_EQ(world().getEnvironmentSoundMaxInterval(target), 5000);
+        EXPECT_EQ(world().getEnvironmentSoundMinInterval(target), 10);
+        EXPECT_EQ(world().getLoopSoundsCrossFadeDuration(), 900);
+    }
+    // The partner's slider compares with the number, not with the slider's end.
+    dragThrough(slider("WET2", 18), {200});
+    EXPECT_EQ(world().getEnvironmentSoundMaxInterval(target), 5000);
+    EXPECT_EQ(beeps, 0);
+}
+
 TEST_F(EditorValues, InfoFieldsFollowTheTyping) {
     editor().showTab(app::WorldEditorWindow::INFO_TAB);
     type(field("WET4", 3), "Night Marsh");

@@ -5,6 +5,7 @@
 
 #include "app/info/getinfowindow.h"
 #include "app/info/getinfowindowfont.h"
+#include "app/info/softshadow.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
 #include "infofixture.h"
@@ -141,6 +142,45 @@ TEST_F(GetInfoWindowTest, NewPictureSetsTheIdealSizeNewTextDoesNotAndDragsKeepPr
     EXPECT_EQ(imageView()->size(), QSize(300, 240));
 }
 
+TEST_F(GetInfoWindowTest, AtTheMinimumSizeThePictureKeepsItsProportionsInsideBands) {
+    setWorldPicture({400, 100}, GREEN);
+    gGetInfoWindow->show();
+    settle();
+    gGetInfoWindow->getWindow()->resize(60, 15);
+    settle();
+    ASSERT_EQ(imageView()->size(), QSize(150, 150));
+    const QImage shown = imageView()->grab().toImage();
+    EXPECT_EQ(QColor(shown.pixel(75, 75)), GREEN);  // 150 x 37, in the middle
+    EXPECT_NE(QColor(shown.pixel(75, 3)), GREEN);
+    EXPECT_NE(QColor(shown.pixel(75, 146)), GREEN);
+}
+
+TEST_F(GetInfoWindowTest, ABareCarriageReturnBreaksTheLineAsANewlineDoes) {
+    showWorldWith(QString());
+    QImage seen[2];
+    const char* breaks[] = {"\r", "\n"};
+    for (int i = 0; i < 2; ++i) {
+        gCurrentWorld->setName(QStringLiteral("Night%1Marsh").arg(QLatin1String(breaks[i])));
+        gCurrentWorld->setDescription(QStringLiteral("Frogs%1Rain%1Owls").arg(QLatin1String(breaks[i])));
+        gGetInfoWindow->updateDisplay();
+        settle();
+        seen[i] = imageView()->grab().toImage();
+    }
+    EXPECT_EQ(seen[0], seen[1]);
+}
+
+TEST_F(GetInfoWindowTest, AShadowNarrowerThanAPixelIsStillSoft) {
+    QImage dot(9, 9, QImage::Format_ARGB32_Premultiplied);
+    dot.fill(Qt::transparent);
+    dot.setPixel(4, 4, qRgba(255, 255, 255, 255));
+    const QImage shadow = app::makeSoftShadow(dot, 0.8, Qt::black);  // 0.008 of a 100-pixel view
+    EXPECT_GT(qAlpha(shadow.pixel(5, 4)), 0);
+    EXPECT_LT(qAlpha(shadow.pixel(4, 4)), 255);
+    EXPECT_EQ(qAlpha(shadow.pixel(8, 4)), 0);
+    EXPECT_EQ(app::softShadowReach(0.8), 3);
+    EXPECT_EQ(app::softShadowReach(0.0), 0);
+}
+
 TEST_F(GetInfoWindowTest, SlideTakesThirtyOneTicksEachWayAndReversesMidway) {
     gGetInfoWindow->show();
     ASSERT_EQ(gGetInfoWindow->handleCommand(TINF), 0);
@@ -196,7 +236,7 @@ TEST_F(GetInfoWindowTest, TitleNamesTheWorld) {
     EXPECT_EQ(gGetInfoWindow->getWindow()->windowTitle(), QStringLiteral("Evening Forest Info"));
     gCurrentWorld->setName(QString());
     gGetInfoWindow->updateDisplay();
-    EXPECT_EQ(gGetInfoWindow->getWindow()->windowTitle(), QStringLiteral("Untitled World"));
+    EXPECT_EQ(gGetInfoWindow->getWindow()->windowTitle(), QStringLiteral("Untitled World Info"));
 }
 
 // Pixels near white, of the picture's own colour, and darker than it, in a band of rows of the view.

@@ -1,6 +1,7 @@
 // Every command the application handles, reaching the same code from wherever it is sent.
 
 #include <QApplication>
+#include <QTest>
 
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/aboutwindow.h"
@@ -71,6 +72,19 @@ TEST_F(ShellCommands, WindowCommandsShowTheirWindowsAndTheRestFallThrough) {
     // Quit without unsaved changes is the platform's to carry out, and it ends the loop.
     EXPECT_EQ(applicationEventHandler(HICommand{0, command::QUIT, 0}), eventNotHandledErr);
     EXPECT_TRUE(quitsWhile([] { dispatchCommand(command::QUIT); }));
+}
+
+TEST_F(ShellCommands, KeyEquivalentsWorkWhenTheAboutWindowIsTheOnlyOneShown) {
+    dispatchCommand(command::ABOUT);
+    QWidget* about = gAboutWindow->getWindow();
+    ASSERT_TRUE(processEventsUntil([about] { return QApplication::activeWindow() == about; }));
+    QTest::keyClick(about, Qt::Key_E, Qt::ControlModifier);
+    EXPECT_TRUE(processEventsUntil([] { return gWorldEditorWindow->isVisible(); }));
+    gWorldEditorWindow->hide();
+    about->activateWindow();
+    ASSERT_TRUE(processEventsUntil([about] { return QApplication::activeWindow() == about; }));
+    QTest::keyClick(about, Qt::Key_I, Qt::ControlModifier);
+    EXPECT_TRUE(processEventsUntil([] { return gGetInfoWindow->isVisible(); }));
 }
 
 TEST_F(ShellCommands, KnownWorldCommandsOpenByIndexAndForgetWorldsThatAreGone) {

@@ -1,8 +1,13 @@
 // Replacing the one world with unsaved changes: the ask-save-changes box, the Open and Save As
 // dialogs, and the action waiting behind them, answered as a person would answer them.
 
+#include <QDir>
 #include <QFileInfo>
+#include <QFileSystemModel>
+#include <QLineEdit>
+#include <QListView>
 #include <QMenu>
+#include <QTest>
 
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/getinfowindow.h"
@@ -14,6 +19,7 @@
 #include "app/shell/worldfiledialogs.h"
 #include "app/support/appfixture.h"
 #include "core/platform/beep.h"
+#include "core/strings/stringresources.h"
 #include "support/worldfixture.h"
 
 using namespace sylvora;
@@ -31,6 +37,11 @@ protected:
         }
         gCurrentWorld->setDescription(QStringLiteral("changed by the person"));
         ASSERT_TRUE(gCurrentWorld->getModified());
+    }
+    // The editor's name field, which shows the world it was last filled from.
+    static QString nameInEditor() {
+        auto* field = qobject_cast<QLineEdit*>(gWorldEditorWindow->myGetControlByID(fourCharCode("WET4"), 3));
+        return field == nullptr ? QString() : field->text();
     }
     bool idle() const {
         return gAskSaveChangesAction == ASK_SAVE_CHANGES_NONE && !gNextOpenDocument && navOpenDialog.isNull() &&
@@ -177,4 +188,164 @@ TEST_F(DocumentFlow, DroppedWorldWithUnsavedChangesWaitsUntilCancelled) {
     ASSERT_TRUE(waitForAnswers());
     EXPECT_TRUE(idle());
     EXPECT_NE(gCurrentWorld->getName(), QStringLiteral("Dropped"));
+}
+
+TEST_F(DocumentFlow, TheAskBoxDismissedWithoutAButtonIsCancelAndALaterSaveOnlySaves) {
+    const QString package = makeWorldPackage(QStringLiteral("Kept"));
+    const std::function<void(QWidget*)> dismissals[] = {
+        [](QWidget* box) { box->close(); },  // the title bar's close button, Alt+F4
+        [](QWidget* box) { QTest::keyClick(box, Qt::Key_Escape); },
+    };
+    int round = 0;
+    for (const auto& dismiss : dismissals) {
+        for (CommandID command : {command::QUIT, command::NEW}) {
+            ASSERT_EQ(gCurrentWorld->loadFromPackage(WorldFixture::ref(package)), noErr);
+            gCurrentWorld->setDescription(QStringLiteral("change %1").arg(++round));
+            answerNextModal(dismiss);
+            dispatchCommand(command);
+            ASSERT_TRUE(waitForAnswers());
+            ASSERT_TRUE(processEventsUntil([this] { return idle(); })) << commandIDString(command).toStdString();
+            EXPECT_FALSE(quitsWhile([] { dispatchCommand(command::SAVE); }, 500));
+            EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Kept"));
+            EXPECT_FALSE(gCurrentWorld->getModified());
+        }
+    }
+}
+
+TEST_F(DocumentFlow, WithoutATrayAFlowThatEndsWithNothingShownBringsBackGetInfo) {
+    // The last window closed with unsaved changes asks to quit; every way of not quitting leaves a
+    // window to come back to.
+    const std::function<void()> answers[] = {
+        [] { answerMessageBox(QMessageBox::Cancel); },
+        [] { answerNextModal([](QWidget* box) { box->close(); }); },
+        [] { answerMessageBox(QMessageBox::Save); cancelNextDialog(); },  // then Cancel in Save As
+    };
+    for (const auto& answer : answers) {
+        changeWorld();
+        gGetInfoWindow->show();
+        gGetInfoWindow->hide();
+        answer();
+        windowClosedByUser();
+        ASSERT_TRUE(waitForAnswers());
+        EXPECT_TRUE(processEventsUntil([] { return gGetInfoWindow->isVisible(); }));
+        EXPECT_TRUE(idle());
+        EXPECT_TRUE(gCurrentWorld->getModified());
+    }
+}
+
+TEST_F(DocumentFlow, AFailedSaveKeepsTheWaitingActionUntilASaveSucceeds) {
+    const QString package = makeWorldPackage(QStringLiteral("Fragile"));
+    changeWorld(package);
+    // The sound inside the package turns into a folder: copying it fails, and not as "not found".
+    const QString loop = QDir(package).filePath(QStringLiteral("Loop Sounds/loop.wav"));
+    const QString aside = dir.filePath(QStringLiteral("loop.wav"));
+    ASSERT_TRUE(QFile::copy(loop, aside));
+    ASSERT_TRUE(QFile::remove(loop));
+    ASSERT_TRUE(QDir().mkpath(loop));
+
+    MessageSeen alert;
+    answerMessageBox(QMessageBox::Save);
+    answerMessageBox(QMessageBox::Ok, &alert);
+    dispatchCommand(command::NEW);
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_EQ(alert.text, copyLocalizedString(UNKNOWN_ERROR_SAVING_WORLD, ERRORS_STRINGS_FILE));
+    EXPECT_EQ(gAskSaveChangesAction, ASK_SAVE_CHANGES_NEW_WORLD);
+    EXPECT_TRUE(gCurrentWorld->getModified());
+    EXPECT_TRUE(processEventsUntil([] { return gGetInfoWindow->isVisible(); })) << "a window to try again from";
+
+    ASSERT_TRUE(QDir(loop).removeRecursively());
+    ASSERT_TRUE(QFile::copy(aside, loop));
+    dispatchCommand(command::SAVE);
+    EXPECT_EQ(gCurrentWorld->getName(), QString()) << "the waiting new world came";
+    EXPECT_TRUE(gWorldEditorWindow->isVisible());
+    EXPECT_TRUE(idle());
+    WorldFixture reread;
+    ASSERT_EQ(reread.load(package), noErr);
+    EXPECT_EQ(reread.world.getDescription(), QStringLiteral("changed by the person"));
+}
+
+TEST_F(DocumentFlow, AFailedSaveAsAbandonsTheWaitingQuit) {
+    changeWorld();
+    MessageSeen alert;
+    answerMessageBox(QMessageBox::Save);
+    answerNextModal([this](QWidget* modal) {
+        auto* dialog = qobject_cast<WorldSaveDialog*>(modal);
+        ASSERT_NE(dialog, nullptr);
+        dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(dir.filePath("gone/World"));
+        static_cast<QDialog*>(dialog)->accept();
+    });
+    answerMessageBox(QMessageBox::Ok, &alert);
+    EXPECT_FALSE(quitsWhile([] { dispatchCommand(command::QUIT); }, 1500));
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_EQ(alert.text, copyLocalizedString(UNKNOWN_ERROR_SAVING_WORLD, ERRORS_STRINGS_FILE));
+    EXPECT_TRUE(idle());
+    EXPECT_TRUE(gCurrentWorld->getModified());
+}
+
+TEST_F(DocumentFlow, SaveAsTakesAPackageSelectedOrDoubleClickedAsTheWorldToReplace) {
+    for (bool doubleClick : {false, true}) {
+        const QString existing = makeWorldPackage(QStringLiteral("Taken"));
+        gCurrentWorld->setName(QStringLiteral("Mine"));
+        answerNextModal([existing, doubleClick](QWidget* modal) {
+            auto* dialog = qobject_cast<WorldSaveDialog*>(modal);
+            ASSERT_NE(dialog, nullptr);
+            dialog->setDirectory(QFileInfo(existing).absolutePath());
+            auto* files = dialog->findChild<QFileSystemModel*>();
+            auto* view = dialog->findChild<QListView*>(QStringLiteral("listView"));
+            ASSERT_TRUE(files != nullptr && view != nullptr);
+            const QModelIndex package = files->index(existing);
+            ASSERT_TRUE(package.isValid());
+            if (doubleClick) {
+                Q_EMIT view->activated(package);
+            } else {
+                view->setCurrentIndex(package);
+                EXPECT_EQ(dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(), "Taken.sylvora");
+                static_cast<QDialog*>(dialog)->accept();
+            }
+        });
+        MessageSeen replace;
+        answerMessageBox(QMessageBox::Yes, &replace);
+        dispatchCommand(command::SAVE_AS);
+        ASSERT_TRUE(waitForAnswers());
+        ASSERT_TRUE(processEventsUntil([] { return navPutDialog.isNull(); }));
+        EXPECT_TRUE(replace.text.contains(QStringLiteral("Taken.sylvora"))) << replace.text.toStdString();
+        EXPECT_FALSE(QFileInfo::exists(QDir(existing).filePath(QStringLiteral("Mine.sylvora"))));
+        WorldFixture reread;
+        ASSERT_EQ(reread.load(existing), noErr);
+        EXPECT_EQ(reread.world.getName(), QStringLiteral("Mine"));
+        ASSERT_TRUE(QDir(existing).removeRecursively());
+    }
+}
+
+TEST_F(DocumentFlow, OpeningWithTheEditorShownRefillsItAndOnlyANewWorldShowsItsInformation) {
+    const QString fresh = makeWorldPackage(QStringLiteral("Fresh"));
+    const QString known = makeWorldPackage(QStringLiteral("Known"));
+    gPrefs->updateKnownWorlds(WorldFixture::aliasOf(known).get(), QStringLiteral("Known"));
+    dispatchCommand(command::EDIT_WORLD);
+
+    answerFileDialog(fresh);  // through the Open dialog
+    dispatchCommand(command::OPEN);
+    ASSERT_TRUE(waitForAnswers());
+    ASSERT_TRUE(processEventsUntil([] { return navOpenDialog.isNull(); }));
+    EXPECT_EQ(nameInEditor(), QStringLiteral("Fresh"));
+    EXPECT_TRUE(gGetInfoWindow->isVisible());
+    EXPECT_TRUE(gCurrentWorld->isPlaying());
+
+    gGetInfoWindow->hide();
+    dispatchCommand(Preferences::KNOWN_WORLD_COMMAND_BASE + 0);  // the Known Worlds menu
+    EXPECT_EQ(nameInEditor(), QStringLiteral("Known"));
+    EXPECT_FALSE(gGetInfoWindow->isVisible());
+
+    // A waiting open asks whether the world is known before loading it (the load makes it known).
+    const QString unmet = makeWorldPackage(QStringLiteral("Unmet"));
+    for (const QString& next : {unmet, known}) {
+        changeWorld();
+        answerMessageBox(QMessageBox::Discard);
+        doOpenDocsEvent({next});
+        ASSERT_TRUE(waitForAnswers());
+        EXPECT_EQ(nameInEditor(), QFileInfo(next).completeBaseName());
+        EXPECT_EQ(gGetInfoWindow->isVisible(), next == unmet) << next.toStdString();
+        gGetInfoWindow->hide();
+        EXPECT_TRUE(idle());
+    }
 }

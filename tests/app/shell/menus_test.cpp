@@ -3,10 +3,12 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QLineEdit>
 #include <QMenu>
 #include <cmath>
 
+#include "app/desktop/trayicon.h"
 #include "app/info/getinfowindow.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
@@ -93,6 +95,25 @@ TEST_F(ShellMenus, DockAndKnownWorldsMenusAreRebuiltWithoutDuplicates) {
     knownWorldsMenuEventHandler();
     EXPECT_EQ(itemTexts(knownWorlds), (QStringList{"Alpha*", "Beta"}));
     EXPECT_EQ(commandOf(*knownWorlds.actions().at(1)) - Preferences::KNOWN_WORLD_COMMAND_BASE, 1u);
+
+    // Each menu first records the current world under the name it has now.
+    gCurrentWorld->setName(QStringLiteral("Canyon"));
+    knownWorldsMenuEventHandler();
+    EXPECT_EQ(itemTexts(knownWorlds), (QStringList{"Beta", "Canyon*"}));
+    gCurrentWorld->setName(QStringLiteral("Abyss"));
+    rebuildDockMenu();
+    EXPECT_EQ(itemTexts(*dockMenu).mid(0, 2), (QStringList{"Abyss*", "Beta"}));
+}
+
+TEST_F(ShellMenus, WithoutATrayTheTrayMenuIsNotRebuiltNorAreKnownWorldsForgotten) {
+    const QString gone = makeWorldPackage(QStringLiteral("Gone"));
+    gPrefs->updateKnownWorlds(WorldFixture::aliasOf(gone).get(), QStringLiteral("Gone"));
+    ASSERT_TRUE(QDir(gone).removeRecursively());
+    TrayIcon tray;  // the offscreen platform has no tray
+    ASSERT_FALSE(tray.isShown());
+    ShellEvents::instance().notifyStateChanged();
+    EXPECT_EQ(gPrefs->getNumKnownWorlds(), 1);
+    EXPECT_TRUE(dockMenu->actions().isEmpty());
 }
 
 TEST_F(ShellMenus, CloseNeedsAVisibleWindowAndEditCommandsAFocusedField) {

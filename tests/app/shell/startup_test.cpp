@@ -1,7 +1,10 @@
 // The first world of a run, worlds handed to the application, and what a run leaves for the next.
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
 
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/getinfowindow.h"
@@ -93,4 +96,35 @@ TEST_F(StartUpAndOpen, ShutDownStoresTheWorldAndVolumeThatTheNextRunReopens) {
     });
     openFirstWorld({});
     ASSERT_TRUE(waitForAnswers());
+}
+
+TEST_F(StartUpAndOpen, EachFileDialogComesBackInItsOwnFolderInTheNextRun) {
+    const QString worlds = dir.makeDir(QStringLiteral("worlds"));
+    const QString saved = dir.makeDir(QStringLiteral("saved"));
+    const QString package = makeWorldPackage(QStringLiteral("Creek"), worlds);
+    answerFileDialog(package);
+    dispatchCommand(command::OPEN);
+    ASSERT_TRUE(waitForAnswers());
+    ASSERT_TRUE(processEventsUntil([] { return navOpenDialog.isNull(); }));
+    answerFileDialog(QDir(saved).filePath(QStringLiteral("Copy")));
+    dispatchCommand(command::SAVE_AS);
+    ASSERT_TRUE(waitForAnswers());
+    ASSERT_TRUE(processEventsUntil([] { return navPutDialog.isNull(); }));
+    EXPECT_TRUE(QFileInfo::exists(QDir(saved).filePath(QStringLiteral("Copy.sylvora"))));
+
+    restart();
+    EXPECT_EQ(gPrefs->getDialogFolder(Preferences::DialogFolder::Open), worlds);
+    EXPECT_EQ(gPrefs->getDialogFolder(Preferences::DialogFolder::SaveAs), saved);
+    for (CommandID command : {command::OPEN, command::SAVE_AS}) {
+        QString shown;
+        answerNextModal([&shown](QWidget* modal) {
+            auto* dialog = qobject_cast<QFileDialog*>(modal);
+            ASSERT_NE(dialog, nullptr);
+            shown = dialog->directory().absolutePath();
+            dialog->reject();
+        });
+        dispatchCommand(command);
+        ASSERT_TRUE(waitForAnswers());
+        EXPECT_EQ(shown, command == command::OPEN ? worlds : saved);
+    }
 }

@@ -69,19 +69,19 @@
     </message>
     <message>
         <source>No Picture File Selected</source>
-        <translation>No picture selected</translation>
+        <translation>No Picture File Selected</translation>
     </message>
     <message>
         <source>Select a picture file to represent this world</source>
-        <translation>Choose a picture to represent this world.</translation>
+        <translation>Select a picture file to represent this world</translation>
     </message>
     <message>
         <source>Select Looping Sound Files</source>
-        <translation>Choose the sound files to play as loops.</translation>
+        <translation>Select Looping Sound Files</translation>
     </message>
     <message>
         <source>Select Environment Sound Files</source>
-        <translation>Choose the sound files to play as environment sounds.</translation>
+        <translation>Select Environment Sound Files</translation>
     </message>
     <message>
         <source>World Info</source>
@@ -90,7 +90,7 @@
     </message>
     <message>
         <source>Untitled World Info</source>
-        <translation>Untitled World</translation>
+        <translation>Untitled World Info</translation>
     </message>
     <message>
         <source>CreatingAWorld.html</source>
@@ -113,6 +113,27 @@
     <message>
         <source>Don't Save</source>
         <translation>Don't Save</translation>
+    </message>
+    <message>
+        <source>Open World</source>
+        <translation>Open World</translation>
+    </message>
+    <message>
+        <source>Save World As</source>
+        <translation>Save World As</translation>
+    </message>
+    <message>
+        <source>Replace World</source>
+        <translation>Replace World</translation>
+    </message>
+    <message>
+        <source>Replace World Question</source>
+        <extracomment>%1 is the file name of the package already there</extracomment>
+        <translation>“%1” already exists. Do you want to replace it?</translation>
+    </message>
+    <message>
+        <source>Drop Picture Here</source>
+        <translation>Drop a picture here</translation>
     </message>
 </context>
 </TS>
