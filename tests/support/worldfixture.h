@@ -52,6 +52,7 @@ public:
 
 private:
     std::vector<bool> playing_;
+    std::vector<double> startTimes_;
 };
 
 class WorldFixture {

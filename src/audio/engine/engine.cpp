@@ -49,6 +49,7 @@ OSStatus Engine::Impl::open(const std::string& path, std::shared_ptr<Voice>& out
         return movieListFullErr;
     const auto slot = static_cast<std::size_t>(free - live_.begin());
     auto voice = std::make_shared<Voice>(std::move(source));
+    voice->slot = slot;
     *free = voice;
     if (voice->source->streamed)
         streamer.add(voice);
@@ -108,6 +109,10 @@ void Engine::Impl::render(float* interleaved, std::size_t frames) noexcept {
     const std::size_t used = slotsUsed.load(std::memory_order_acquire);
     for (std::size_t done = 0; done < frames;) {
         const std::size_t n = std::min(frames - done, MixContext::MAX_BLOCK);
+        for (std::size_t i = 0; i < used; ++i) {
+            if (Voice* voice = slots[i].load(std::memory_order_seq_cst))
+                voice->beginBlock(slots.data(), n);
+        }
         for (std::size_t i = 0; i < used; ++i) {
             if (Voice* voice = slots[i].load(std::memory_order_seq_cst))
                 voice->mix(interleaved + 2 * done, n, context_);

@@ -1,6 +1,7 @@
 #include "audio/engine/enginesoundinstance.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "audio/engine/engineimpl.h"
 #include "audio/engine/voice.h"
@@ -29,7 +30,21 @@ EngineSoundInstance::Heard EngineSoundInstance::heard() const {
     return {true, voiceword::flagA(status), voiceword::position(status)};
 }
 
+void EngineSoundInstance::settle() const {
+    if (!cued_)
+        return;
+    const std::uint64_t status = voice_->status.load(std::memory_order_acquire);
+    if (voiceword::segment(status) != preparedSegment_ || !(voiceword::flagA(status) || voiceword::flagB(status)))
+        return;
+    cued_ = false;
+    cueOn_.reset();
+    prepared_ = false;
+    started_ = true;
+    segment_ = preparedSegment_;
+}
+
 bool EngineSoundInstance::playing() const {
+    settle();
     if (!started_)
         return false;
     const Heard h = heard();
@@ -37,6 +52,7 @@ bool EngineSoundInstance::playing() const {
 }
 
 std::int64_t EngineSoundInstance::position() const {
+    settle();
     const std::int64_t end = voice_->source->frames;
     if (started_) {
         const Heard h = heard();
@@ -61,6 +77,7 @@ double EngineSoundInstance::rate() const {
 }
 
 bool EngineSoundInstance::isDone() const {
+    settle();
     if (started_) {
         const Heard h = heard();
         return h.current && h.ended;
@@ -102,6 +119,8 @@ void EngineSoundInstance::start() {
         requestRing(segment_, from);
     }
     prepared_ = false;
+    cued_ = false;
+    cueOn_.reset();
     started_ = true;
     position_ = from;
     publish(true, from);
@@ -113,6 +132,10 @@ void EngineSoundInstance::stop() {
         position_ = position();
         done_ = h.current && h.ended;
         started_ = false;
+        publish(false, position_);
+    } else if (cued_) {
+        cued_ = false;
+        cueOn_.reset();
         publish(false, position_);
     }
     prepared_ = false;
@@ -135,6 +158,11 @@ void EngineSoundInstance::goToBeginning() {
         started_ = false;
         publish(false, 0);
     }
+    if (cued_ && position_ != 0) {
+        cued_ = false;
+        cueOn_.reset();
+        publish(false, 0);
+    }
     position_ = 0;
     done_ = false;
     if (prepared_ && preparedFrom_ != 0)
@@ -147,7 +175,7 @@ void EngineSoundInstance::setVolume(std::int16_t volume) {
 }
 
 void EngineSoundInstance::prepareToStart() {
-    if (!voice_->source->streamed || playing())
+    if (playing())
         return;
     const std::int64_t from = position();
     if (prepared_ && preparedFrom_ == from)
@@ -156,6 +184,46 @@ void EngineSoundInstance::prepareToStart() {
     preparedSegment_ = nextNumber(nextSegment_);
     preparedFrom_ = from;
     requestRing(preparedSegment_, from);
+}
+
+std::uint32_t EngineSoundInstance::playSegment() {
+    if (playing())
+        return segment_;
+    prepareToStart();
+    return preparedSegment_;
+}
+
+bool EngineSoundInstance::cueAfter(SoundInstance& predecessor, double overlapSeconds) {
+    auto* before = dynamic_cast<EngineSoundInstance*>(&predecessor);
+    if (before == nullptr || before == this || &before->engine_ != &engine_ || playing())
+        return false;
+    const std::uint32_t beforeSegment = before->playSegment();
+    prepareToStart();
+    const std::shared_ptr<Voice>& on = before->voice_;
+    const auto lead = static_cast<std::int64_t>(std::llround(std::max(0.0, overlapSeconds) * engine_.sampleRate));
+    voice_->cueVoice.store(on.get(), std::memory_order_relaxed);
+    voice_->cueSlot.store(on->slot, std::memory_order_relaxed);
+    voice_->cueSegment.store(beforeSegment, std::memory_order_relaxed);
+    voice_->cueFrame.store(std::max<std::int64_t>(0, on->source->frames - lead), std::memory_order_relaxed);
+    voice_->control.store(voiceword::pack(preparedSegment_, voiceword::FLAG_B, preparedFrom_),
+                          std::memory_order_release);
+    cued_ = true;
+    cueOn_ = on;
+    cueOnSegment_ = beforeSegment;
+    return true;
+}
+
+bool EngineSoundInstance::isCued() const {
+    settle();
+    if (!cued_)
+        return false;
+    const std::uint64_t wanted = cueOn_->control.load(std::memory_order_acquire);
+    if ((voiceword::flagA(wanted) || voiceword::flagB(wanted)) && voiceword::segment(wanted) == cueOnSegment_)
+        return true;
+    // A predecessor that reached its end still fires the cue in the next block, even when it has
+    // been rewound since: the audio thread goes by what it last played.
+    const std::uint64_t played = cueOn_->status.load(std::memory_order_acquire);
+    return voiceword::segment(played) == cueOnSegment_ && voiceword::flagA(played);
 }
 
 }  // namespace sylvora::audio

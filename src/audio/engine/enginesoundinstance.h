@@ -36,6 +36,8 @@ public:
     void setVolume(std::int16_t volume) override;
 
     void prepareToStart() override;
+    bool cueAfter(SoundInstance& predecessor, double overlapSeconds) override;
+    bool isCued() const override;
 
 private:
     struct Heard {
@@ -44,6 +46,10 @@ private:
         std::int64_t position = 0;  // engine frames
     };
     Heard heard() const;
+    // A cue the audio thread has fired becomes an ordinary play here, on first sight.
+    void settle() const;
+    // The number the current play has, or the one the next start will take.
+    std::uint32_t playSegment();
     bool playing() const;                     // started and not yet at its end
     std::int64_t position() const;            // engine frames
     void publish(bool play, std::int64_t from);
@@ -51,15 +57,18 @@ private:
 
     Engine::Impl& engine_;
     std::shared_ptr<Voice> voice_;
-    std::uint32_t segment_ = 0;      // current segment of play
-    std::uint32_t nextSegment_ = 0;  // last number handed out
-    bool started_ = false;
+    mutable std::uint32_t segment_ = 0;  // current segment of play
+    std::uint32_t nextSegment_ = 0;      // last number handed out
+    mutable bool started_ = false;
     bool done_ = false;              // at the end while stopped
     std::int64_t position_ = 0;      // engine frames, while stopped or before the audio thread answers
     std::int16_t volume_ = 256;
-    bool prepared_ = false;          // a ring was asked for the next start
+    mutable bool prepared_ = false;  // the next start's number is taken (and a ring asked for it)
     std::uint32_t preparedSegment_ = 0;
     std::int64_t preparedFrom_ = 0;
+    mutable bool cued_ = false;      // the next start waits for cueOn_ (prepared_ is then true)
+    mutable std::shared_ptr<Voice> cueOn_;
+    std::uint32_t cueOnSegment_ = 0;
 };
 
 }  // namespace sylvora::audio

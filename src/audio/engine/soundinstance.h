@@ -32,6 +32,15 @@ public:
     // [main] Announces that the instance has been scheduled to start soon, so a streamed sound has
     // its buffer filled from its current position before its start. stop() releases that buffer.
     virtual void prepareToStart() = 0;
+
+    // [main] Cues this stopped instance to start, from its position, on the very sample at which
+    // `predecessor`'s current play (or its next, when it is stopped) has `overlapSeconds` left: a
+    // handover with neither gap nor overlap nor fade, which no timer tick could place. start()
+    // before then starts it at once; stop() or a rewind cancels the cue. False when it cannot be
+    // cued (another engine's instance, or this one plays); start() it at its time instead.
+    virtual bool cueAfter(SoundInstance& predecessor, double overlapSeconds) = 0;
+    // [main] A cue is waiting for a predecessor that is still on its way to it.
+    virtual bool isCued() const = 0;
 };
 
 }  // namespace sylvora::audio

@@ -97,8 +97,9 @@ Streamer::Need Streamer::needs(const Voice& voice, std::size_t frames) const {
     const std::uint64_t want = voice.want.load(std::memory_order_acquire);
     const std::uint64_t control = voice.control.load(std::memory_order_acquire);
     // A ring nobody wants is never filled, by a pass or otherwise; one readied for a start that
-    // has not come is not read yet.
-    if (!voiceword::flagA(want) || !voiceword::flagA(control) ||
+    // has not come is not read yet. A cued voice starts by itself, so it counts as playing.
+    const bool plays = voiceword::flagA(control) || voiceword::flagB(control);
+    if (!voiceword::flagA(want) || !plays ||
         voiceword::segment(control) != voiceword::segment(want))
         return Need::Nothing;
     const StreamRing* ring = voice.ring.load(std::memory_order_acquire);

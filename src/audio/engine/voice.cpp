@@ -28,14 +28,42 @@ void Voice::applyControl(std::uint64_t word, const MixContext& context) noexcept
         ended_ = false;
     }
     if (play && (!playing_ || jump)) {
-        attack_ = 0.0f;
-        attackLeft_ = context.declickFrames;
+        // A sound started from its beginning is heard as its file begins; only one resumed mid-way
+        // is cut in, and that is faded so it does not click.
+        const bool midway = cursor_ > 0;
+        attack_ = midway ? 0.0f : 1.0f;
+        attackLeft_ = midway ? context.declickFrames : 0;
         // A new play starts at the volume set for it, not gliding from the last play's.
         volume_ = rampTarget_ = gain.load(std::memory_order_relaxed);
         rampLeft_ = 0;
     }
     playing_ = play && !(ended_ && !jump);
+    cued_ = !play && voiceword::flagB(word) && !(ended_ && !jump);
+    fireAt_ = ~std::size_t{0};
     appliedControl_ = word;
+}
+
+void Voice::beginBlock(const std::atomic<Voice*>* slots, std::size_t frames) noexcept {
+    if (!cued_ || control.load(std::memory_order_acquire) != appliedControl_)
+        return;
+    const Voice* before = cueVoice.load(std::memory_order_relaxed);
+    if (before == nullptr || slots[cueSlot.load(std::memory_order_relaxed)].load(std::memory_order_acquire) != before)
+        return;
+    // The predecessor as it stands after the last block: it has not mixed this one yet. One that
+    // ended counts even if the main thread has since rewound it; one still playing only while the
+    // main thread still wants that play (a removed sound's voice is told to stop first).
+    if (before->segment_ != cueSegment.load(std::memory_order_relaxed))
+        return;
+    if (!before->ended_) {
+        const std::uint64_t wanted = before->control.load(std::memory_order_acquire);
+        // (A predecessor that began by a cue of its own still has "cued" as its wish.)
+        const bool wantsPlay = voiceword::flagA(wanted) || voiceword::flagB(wanted);
+        if (!before->playing_ || !wantsPlay || voiceword::segment(wanted) != before->segment_)
+            return;
+    }
+    const std::int64_t ahead = cueFrame.load(std::memory_order_relaxed) - before->cursor_;
+    if (ahead < static_cast<std::int64_t>(frames))
+        fireAt_ = static_cast<std::size_t>(std::max<std::int64_t>(0, ahead));
 }
 
 std::size_t Voice::take(std::int64_t cursor, std::uint32_t segment, float* out, const float* gains,
@@ -147,8 +175,20 @@ void Voice::mix(float* out, std::size_t frames, MixContext& context) noexcept {
     }
     if (tail_.active)
         mixTail(out, frames, context);
-    if (playing_)
+    if (cued_ && fireAt_ < frames) {
+        // The handover: the predecessor's last sample is followed by this voice's first, at the
+        // volume set for it, with nothing faded.
+        cued_ = false;
+        playing_ = true;
+        attack_ = 1.0f;
+        attackLeft_ = 0;
+        volume_ = rampTarget_ = target;
+        rampLeft_ = 0;
+        mixHead(out + 2 * fireAt_, frames - fireAt_, context);
+        fireAt_ = ~std::size_t{0};
+    } else if (playing_) {
         mixHead(out, frames, context);
+    }
     const bool sounding = playing_ || tail_.active;
     const std::uint64_t word2 = voiceword::pack(
         segment_, (ended_ ? voiceword::FLAG_A : 0) | (sounding ? voiceword::FLAG_B : 0), cursor_);

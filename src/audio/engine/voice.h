@@ -24,7 +24,7 @@ namespace voiceword {
 inline constexpr std::uint64_t SEGMENT_MASK = 0xFFFFFF;
 inline constexpr int SEGMENT_SHIFT = 40;
 inline constexpr std::uint64_t FLAG_A = 1ull << 39;  // control: playing; status: ended; want: wanted
-inline constexpr std::uint64_t FLAG_B = 1ull << 38;  // status only: still sounding (a fade tail)
+inline constexpr std::uint64_t FLAG_B = 1ull << 38;  // control: cued; status: still sounding
 inline constexpr std::uint64_t POSITION_MASK = (1ull << 38) - 1;
 
 constexpr std::uint64_t pack(std::uint32_t segment, std::uint64_t flags, std::int64_t position) noexcept {
@@ -53,14 +53,28 @@ class Voice {
     Voice& operator=(const Voice&) = delete;
 
     const std::shared_ptr<const SoundSource> source;
+    std::size_t slot = 0;  // where the audio thread finds it; set once before it is published
 
     // Written by the main thread, read by the audio and streaming threads.
     std::atomic<std::uint64_t> control{0};  // segment | playing | position to play from
     std::atomic<float> gain{1.0f};          // target linear gain
     std::atomic<std::uint64_t> want{0};     // segment | ring wanted | position the ring starts at
 
+    // A cue, written by the main thread before the control word that says "cued": this voice starts
+    // on the very sample at which the voice in slot `cueSlot` (which must still be `cueVoice`)
+    // reaches frame `cueFrame` of its play numbered `cueSegment`.
+    std::atomic<Voice*> cueVoice{nullptr};
+    std::atomic<std::size_t> cueSlot{0};
+    std::atomic<std::uint32_t> cueSegment{0};
+    std::atomic<std::int64_t> cueFrame{0};
+
     // Written by the audio thread, read by the others.
     std::atomic<std::uint64_t> status{0};  // segment | ended | sounding | position played
+
+    // [RT] Before any voice mixes a block: applies the latest control word and, for a cued voice,
+    // works out whether its predecessor reaches the cue inside the block. Run over every voice
+    // first, so each sees its predecessor as it stands at the block's start, whatever the order.
+    void beginBlock(const std::atomic<Voice*>* slots, std::size_t frames) noexcept;
 
     // Written by the streaming thread, read by the audio thread.
     std::atomic<StreamRing*> ring{nullptr};
@@ -107,6 +121,8 @@ class Voice {
     std::size_t attackLeft_ = 0;
     Fade tail_;
     std::uint64_t published_ = ~0ull;
+    bool cued_ = false;  // waiting for the predecessor; starts at `fireAt_` frames into the block
+    std::size_t fireAt_ = ~std::size_t{0};
 };
 
 }  // namespace sylvora::audio

@@ -160,6 +160,9 @@ void World::removeLoopSound(SoundID id) {
             MovieEntry& entry = movies[static_cast<std::size_t>(i)];
             if (entry.isLoopSound) {
                 entry.startTime = -1.0;
+                if (entry.movie->rate() == 0.0) {
+                    entry.movie->stop();  // one cued on the removed sound must not start by itself
+                }
             }
         }
         startLoopChain(eventLoop.currentEventTime());
@@ -168,7 +171,8 @@ void World::removeLoopSound(SoundID id) {
         const SoundID next = pickLoopSound();
         const int movieIndex = getUnscheduledMovie(true, next);
         if (movieIndex >= 0) {
-            scheduleMovie(movieIndex, pendingStart, getLoopSoundVolume(next));
+            scheduleLoopMovie(movieIndex, pendingStart, getLoopSoundVolume(next),
+                              soundingLoopEntry(eventLoop.currentEventTime()));
         }
     } else {
         return;

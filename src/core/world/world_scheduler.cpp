@@ -147,6 +147,32 @@ void World::scheduleMovie(int index, double startTime, double playVolume) {
     }
 }
 
+// [main] A loop instance that follows another is cued on it, so that it starts on the very sample
+// at which the crossfade begins (at crossfade 0, the sample after the other's last one) instead of
+// at the first tick after: what reaches the ear is one unbroken sound, not a gap, an overlap or a
+// dip. `startTime` stays the time the tick expects it by. It begins silent when it fades in.
+void World::scheduleLoopMovie(int index, double startTime, double playVolume, const MovieEntry* predecessor) {
+    scheduleMovie(index, startTime, playVolume);
+    audio::SoundInstance& movie = *movies[static_cast<std::size_t>(index)].movie;
+    if (predecessor == nullptr || movie.rate() != 0.0 || movie.isDone()) {
+        return;
+    }
+    const bool entersSilently = loopSoundsCrossFadeDuration > 0;
+    movie.setVolume(entersSilently ? std::int16_t{0} : movieVolume(1.0, playVolume, volume));
+    movie.cueAfter(*predecessor->movie, loopSoundsCrossFadeDuration);
+}
+
+// [main] The loop instance that sounds now: the first, in pool order, whose start has passed.
+const MovieEntry* World::soundingLoopEntry(double now) const {
+    for (int i = 0; i < numMovies; ++i) {
+        const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        if (entry.isLoopSound && entry.startTime > 0.0 && now > entry.startTime) {
+            return &entry;
+        }
+    }
+    return nullptr;
+}
+
 // [main] When the first instance cannot be had, its duration is taken as 0: the second instance is
 // then due at once, so the loop chain still begins (c seconds early, which only means now).
 void World::startLoopChain(double now) {
@@ -162,8 +188,9 @@ void World::startLoopChain(double now) {
     const SoundID second = pickLoopSound();
     const int secondIndex = getUnscheduledMovie(true, second);
     if (secondIndex >= 0) {
-        scheduleMovie(secondIndex, now + firstDuration - loopSoundsCrossFadeDuration,
-                      getLoopSoundVolume(second));
+        scheduleLoopMovie(secondIndex, now + firstDuration - loopSoundsCrossFadeDuration,
+                          getLoopSoundVolume(second),
+                          firstIndex >= 0 ? &movies[static_cast<std::size_t>(firstIndex)] : nullptr);
     }
 }
 
@@ -229,18 +256,14 @@ void World::removeMoviesTaskTimer() {
 // [main] The next loop sound overlaps the instance that is sounding now by the crossfade; with
 // none sounding it starts at once.
 void World::scheduleNextLoopSound(double now) {
-    double next = now;
-    for (int i = 0; i < numMovies; ++i) {
-        const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
-        if (entry.isLoopSound && entry.startTime > 0.0 && now > entry.startTime) {
-            next = now + (entry.duration - movieSeconds(*entry.movie)) - loopSoundsCrossFadeDuration;
-            break;
-        }
-    }
+    const MovieEntry* sounding = soundingLoopEntry(now);
+    const double next = sounding == nullptr
+                            ? now
+                            : now + (sounding->duration - movieSeconds(*sounding->movie)) - loopSoundsCrossFadeDuration;
     const SoundID sound = pickLoopSound();
-    const int index = getUnscheduledMovie(true, sound);
+    const int index = getUnscheduledMovie(true, sound);  // appending never moves an entry
     if (index >= 0) {
-        scheduleMovie(index, next, getLoopSoundVolume(sound));
+        scheduleLoopMovie(index, next, getLoopSoundVolume(sound), sounding);
     }
 }
 
@@ -293,6 +316,9 @@ void World::serviceMovie(MovieEntry& entry, double now, double lead) {
     }
 
     if (movie.rate() == 0.0) {
+        if (movie.isCued()) {
+            return;  // it starts itself when the instance before it gets there
+        }
         // A loop instance always enters silently: either it fades in, or (the first of a chain) it
         // takes its full volume at the next tick.
         const bool entersSilently = entry.isLoopSound && loopSoundsCrossFadeDuration > 0;
