@@ -268,9 +268,6 @@ private:
     double drawInterval(SoundID environmentSound); // the group's bounds when grouped, else its own
     double drawVolume(SoundID environmentSound);   // always the sound's own bounds
     void scheduleMovie(int index, double startTime, double volume);  // also readies the instance
-    // scheduleMovie for a loop instance, cued to follow `predecessor` (when given) to the sample.
-    void scheduleLoopMovie(int index, double startTime, double volume, const MovieEntry* predecessor);
-    const MovieEntry* soundingLoopEntry(double now) const;
     void startLoopChain(double now);               // the two loop picks of start()
     void scheduleNextLoopSound(double now);        // after a loop instance's play has ended
     void scheduleNextEnvironmentPlay(SoundID ended, double now);  // the successor of an ended play

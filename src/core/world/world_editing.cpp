@@ -171,8 +171,7 @@ void World::removeLoopSound(SoundID id) {
         const SoundID next = pickLoopSound();
         const int movieIndex = getUnscheduledMovie(true, next);
         if (movieIndex >= 0) {
-            scheduleLoopMovie(movieIndex, pendingStart, getLoopSoundVolume(next),
-                              soundingLoopEntry(eventLoop.currentEventTime()));
+            scheduleMovie(movieIndex, pendingStart, getLoopSoundVolume(next));
         }
     } else {
         return;

@@ -134,43 +134,40 @@ double World::drawVolume(SoundID environmentSound) {
 // is still sounding (a loop instance left to play out) is not touched, and neither is one that is
 // done (stopped at its end before a tick saw it end): when its turn comes it counts as a play that
 // ended and is not played, so rewinding it here would change what plays and what is drawn.
+//
+// A loop instance that follows another is cued on it, so that it starts on the very sample at
+// which the crossfade begins (at crossfade 0, the sample after the other's last one) instead of at
+// the first tick after: what reaches the ear is one unbroken sound, not a gap, an overlap or a dip.
+// Its predecessor is the loop instance due last before it. `startTime` stays the time the tick
+// expects it by; it begins silent when it fades in.
 void World::scheduleMovie(int index, double startTime, double playVolume) {
     MovieEntry& entry = movies[static_cast<std::size_t>(index)];
     entry.startTime = startTime;
     entry.volume = playVolume;
     audio::SoundInstance& movie = *entry.movie;
-    if (movie.rate() == 0.0 && !movie.isDone()) {
-        if (movie.time() != 0) {
-            movie.goToBeginning();
-        }
-        movie.prepareToStart();
-    }
-}
-
-// [main] A loop instance that follows another is cued on it, so that it starts on the very sample
-// at which the crossfade begins (at crossfade 0, the sample after the other's last one) instead of
-// at the first tick after: what reaches the ear is one unbroken sound, not a gap, an overlap or a
-// dip. `startTime` stays the time the tick expects it by. It begins silent when it fades in.
-void World::scheduleLoopMovie(int index, double startTime, double playVolume, const MovieEntry* predecessor) {
-    scheduleMovie(index, startTime, playVolume);
-    audio::SoundInstance& movie = *movies[static_cast<std::size_t>(index)].movie;
-    if (predecessor == nullptr || movie.rate() != 0.0 || movie.isDone()) {
+    if (movie.rate() != 0.0 || movie.isDone()) {
         return;
     }
-    const bool entersSilently = loopSoundsCrossFadeDuration > 0;
-    movie.setVolume(entersSilently ? std::int16_t{0} : movieVolume(1.0, playVolume, volume));
-    movie.cueAfter(*predecessor->movie, loopSoundsCrossFadeDuration);
-}
-
-// [main] The loop instance that sounds now: the first, in pool order, whose start has passed.
-const MovieEntry* World::soundingLoopEntry(double now) const {
+    if (movie.time() != 0) {
+        movie.goToBeginning();
+    }
+    movie.prepareToStart();
+    if (!entry.isLoopSound) {
+        return;
+    }
+    const MovieEntry* predecessor = nullptr;
     for (int i = 0; i < numMovies; ++i) {
-        const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
-        if (entry.isLoopSound && entry.startTime > 0.0 && now > entry.startTime) {
-            return &entry;
+        const MovieEntry& other = movies[static_cast<std::size_t>(i)];
+        if (&other != &entry && other.isLoopSound && other.startTime > 0.0 && other.startTime <= startTime &&
+            (predecessor == nullptr || other.startTime > predecessor->startTime)) {
+            predecessor = &other;
         }
     }
-    return nullptr;
+    if (predecessor != nullptr) {
+        const bool entersSilently = loopSoundsCrossFadeDuration > 0;
+        movie.setVolume(entersSilently ? std::int16_t{0} : movieVolume(1.0, playVolume, volume));
+        movie.cueAfter(*predecessor->movie, loopSoundsCrossFadeDuration);
+    }
 }
 
 // [main] When the first instance cannot be had, its duration is taken as 0: the second instance is
@@ -188,9 +185,8 @@ void World::startLoopChain(double now) {
     const SoundID second = pickLoopSound();
     const int secondIndex = getUnscheduledMovie(true, second);
     if (secondIndex >= 0) {
-        scheduleLoopMovie(secondIndex, now + firstDuration - loopSoundsCrossFadeDuration,
-                          getLoopSoundVolume(second),
-                          firstIndex >= 0 ? &movies[static_cast<std::size_t>(firstIndex)] : nullptr);
+        scheduleMovie(secondIndex, now + firstDuration - loopSoundsCrossFadeDuration,
+                      getLoopSoundVolume(second));
     }
 }
 
@@ -256,14 +252,18 @@ void World::removeMoviesTaskTimer() {
 // [main] The next loop sound overlaps the instance that is sounding now by the crossfade; with
 // none sounding it starts at once.
 void World::scheduleNextLoopSound(double now) {
-    const MovieEntry* sounding = soundingLoopEntry(now);
-    const double next = sounding == nullptr
-                            ? now
-                            : now + (sounding->duration - movieSeconds(*sounding->movie)) - loopSoundsCrossFadeDuration;
+    double next = now;
+    for (int i = 0; i < numMovies; ++i) {
+        const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        if (entry.isLoopSound && entry.startTime > 0.0 && now > entry.startTime) {
+            next = now + (entry.duration - movieSeconds(*entry.movie)) - loopSoundsCrossFadeDuration;
+            break;
+        }
+    }
     const SoundID sound = pickLoopSound();
-    const int index = getUnscheduledMovie(true, sound);  // appending never moves an entry
+    const int index = getUnscheduledMovie(true, sound);
     if (index >= 0) {
-        scheduleLoopMovie(index, next, getLoopSoundVolume(sound), sounding);
+        scheduleMovie(index, next, getLoopSoundVolume(sound));
     }
 }
 
