@@ -136,6 +136,7 @@ INSTANTIATE_TEST_SUITE_P(EveryFormat, LoopHandover,
                                            Format{"FLAC", "loop.flac", "", -70.0},
                                            Format{"MP3", "loop.mp3", "libmp3lame", -24.0},
                                            Format{"Vorbis", "loop.ogg", "libvorbis", -30.0},
+                                           Format{"AAC", "loop.m4a", "aac", -24.0},
                                            Format{"Opus", "loop.opus", "libopus", -28.0}),
                          [](const auto& row) { return std::string(row.param.name); });
 

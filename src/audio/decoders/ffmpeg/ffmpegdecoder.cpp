@@ -7,6 +7,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <mutex>
 
@@ -95,10 +96,40 @@ std::unique_ptr<Decoder> FfmpegDecoder::open(const std::string& path) {
     if (decoder->format_.sampleRate < 1 || decoder->format_.channels < 1)
         return nullptr;
     decoder->format_.frames = decoder->statedLength();
+    if (decoder->leadIn_ > 0 && !decoder->skipLeadIn())
+        return nullptr;
     return decoder;
 }
 
-std::int64_t FfmpegDecoder::statedLength() const {
+namespace {
+// Apple's gapless tag on AAC: " 00000000 PRIMING PADDING LENGTH ..." in hexadecimal.
+bool readItunesGapless(const AVDictionary* metadata, std::int64_t& priming, std::int64_t& length) {
+    const AVDictionaryEntry* tag = av_dict_get(metadata, "iTunSMPB", nullptr, 0);
+    if (tag == nullptr || tag->value == nullptr)
+        return false;
+    unsigned long long fields[4] = {};
+    if (std::sscanf(tag->value, " %llx %llx %llx %llx", &fields[0], &fields[1], &fields[2], &fields[3]) != 4)
+        return false;
+    priming = static_cast<std::int64_t>(fields[1]);
+    length = static_cast<std::int64_t>(fields[3]);
+    return length > 0 && priming >= 0;
+}
+}  // namespace
+
+bool FfmpegDecoder::skipLeadIn() {
+    const std::int64_t cap = lengthCap_;
+    lengthCap_ = -1;
+    const bool skipped = skipFrames(leadIn_);
+    lengthCap_ = cap;
+    position_ = 0;
+    return skipped;
+}
+
+bool FfmpegDecoder::rewind() {
+    return openStreams() && (leadIn_ == 0 || skipLeadIn());
+}
+
+std::int64_t FfmpegDecoder::statedLength() {
     const AVStream& stream = *format_context_->streams[stream_];
     // A length guessed from the bit rate (MP3 without a length header) is not a length.
     if (stream.duration == AV_NOPTS_VALUE ||
@@ -110,9 +141,28 @@ std::int64_t FfmpegDecoder::statedLength() const {
         case AV_CODEC_ID_OPUS:
             // The Ogg granule count includes the pre-skip that the decoder drops.
             return stated - stream.codecpar->initial_padding;
+        case AV_CODEC_ID_AAC: {
+            // An MP4 states the sound's own length in its edit list (whose start the demuxer
+            // already skips); the decoder would still deliver the padding of the last codec frame.
+            // Without an edit list Apple's tag says how much priming to skip and how long it is.
+            std::int64_t priming = 0;
+            std::int64_t length = 0;
+            if (readItunesGapless(format_context_->metadata, priming, length) ||
+                readItunesGapless(stream.metadata, priming, length)) {
+                if (stated != length)
+                    leadIn_ = priming;
+                lengthCap_ = length;
+                return length;
+            }
+            if (std::strstr(format_context_->iformat->name, "mp4") != nullptr &&
+                format_context_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE) {
+                lengthCap_ = stated;
+                return stated;
+            }
+            return -1;
+        }
         case AV_CODEC_ID_MP3:
         case AV_CODEC_ID_MP2:
-        case AV_CODEC_ID_AAC:
             // The container counts whole codec frames, encoder delay and padding included, and the
             // trimmed amount is only known to the decoder: count what it delivers instead.
             return -1;
@@ -248,6 +298,8 @@ void FfmpegDecoder::appendFrame(const AVFrame& frame) {
 
 std::size_t FfmpegDecoder::read(float* interleaved, std::size_t frames) {
     const auto channels = static_cast<std::size_t>(format_.channels);
+    if (lengthCap_ >= 0)
+        frames = std::min(frames, static_cast<std::size_t>(std::max<std::int64_t>(0, lengthCap_ - position_)));
     std::size_t done = 0;
     while (done < frames) {
         const std::size_t available = (pending_.size() - pendingOffset_) / channels;
@@ -286,7 +338,7 @@ bool FfmpegDecoder::seek(std::int64_t frame) {
     // Reopening is the one way back to the very first sample that every codec honours: it restores
     // the encoder-delay trimming that a flush after a seek may lose.
     if (frame < position_ || frame < EXACT_SEEK_SECONDS * format_.sampleRate) {
-        if (!openStreams())
+        if (!rewind())
             return false;
         if (frame == 0)
             return true;
@@ -294,9 +346,10 @@ bool FfmpegDecoder::seek(std::int64_t frame) {
             return skipFrames(frame);
     }
     const AVStream& stream = *format_context_->streams[stream_];
-    const std::int64_t target = av_rescale_q(frame, AVRational{1, format_.sampleRate}, stream.time_base);
+    const std::int64_t target =
+        av_rescale_q(frame + leadIn_, AVRational{1, format_.sampleRate}, stream.time_base);
     if (av_seek_frame(format_context_.get(), stream_, target, AVSEEK_FLAG_BACKWARD) < 0) {
-        if (!openStreams())
+        if (!rewind())
             return false;
         return skipFrames(frame);
     }
@@ -312,11 +365,12 @@ bool FfmpegDecoder::seek(std::int64_t frame) {
             const std::int64_t pts = frame_->best_effort_timestamp;
             if (pts == AV_NOPTS_VALUE) {
                 av_frame_unref(frame_.get());
-                if (!openStreams())
+                if (!rewind())
                     return false;
                 return skipFrames(frame);
             }
-            const std::int64_t first = av_rescale_q(pts, stream.time_base, AVRational{1, format_.sampleRate});
+            const std::int64_t first =
+                av_rescale_q(pts, stream.time_base, AVRational{1, format_.sampleRate}) - leadIn_;
             const std::int64_t last = first + frame_->nb_samples;
             if (last > frame) {
                 appendFrame(*frame_);

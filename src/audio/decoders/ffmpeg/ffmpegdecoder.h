@@ -1,8 +1,10 @@
 #pragma once
 
 // FFmpeg backend (libavformat + libavcodec): Ogg Vorbis, Opus, MP3, M4A/AAC, ALAC and whatever
-// else libsndfile cannot open. Encoder delay and padding are trimmed by libavcodec, so the first
-// frame delivered is the first sample of the sound.
+// else libsndfile cannot open. Encoder delay and padding are left out, so the first frame
+// delivered is the first sample of the sound and the last is its last: libavcodec trims what the
+// container marks (Opus pre-skip, LAME header, Ogg granules, MP4 edit list starts), and this
+// decoder the rest (the padding after an MP4's edit list, Apple's iTunSMPB tag).
 
 #include <cstdint>
 #include <memory>
@@ -44,11 +46,13 @@ class FfmpegDecoder final : public Decoder {
 
     explicit FfmpegDecoder(std::string path);
     bool openStreams();
-    std::int64_t statedLength() const;
+    std::int64_t statedLength();  // also sets leadIn_ and lengthCap_
     // Decodes the next frame into pending_; false at the end of the stream or on an error.
     bool decodeMore();
     void appendFrame(const AVFrame& frame);
     bool skipFrames(std::int64_t count);
+    bool skipLeadIn();  // drops the priming that no edit list took away; position 0 after it
+    bool rewind();      // reopens at the sound's first sample
 
     std::string path_;
     std::unique_ptr<AVFormatContext, FormatCloser> format_context_;
@@ -62,6 +66,8 @@ class FfmpegDecoder final : public Decoder {
     std::vector<float> pending_;     // decoded frames not yet read
     std::size_t pendingOffset_ = 0;  // in samples
     std::int64_t position_ = 0;      // next frame read() delivers
+    std::int64_t leadIn_ = 0;        // decoded frames before the sound's first (priming)
+    std::int64_t lengthCap_ = -1;    // no frame at or after this is delivered; -1: no cap
 };
 
 }  // namespace sylvora::audio
