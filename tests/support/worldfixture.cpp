@@ -159,7 +159,6 @@ double WorldFixture::pendingStartOf(SoundID sound) const {
 
 int StartLog::onTick(const WorldFixture& w, int tick) {
     playing_.resize(static_cast<std::size_t>(w.world.getNumMovies()), false);
-    startTimes_.resize(playing_.size(), -1.0);
     int playing = 0;
     for (int i = 0; i < w.world.getNumMovies(); ++i) {
         // A loop instance due now and cued on the one before it starts in the block after this
@@ -167,12 +166,8 @@ int StartLog::onTick(const WorldFixture& w, int tick) {
         const MovieEntry& entry = w.entry(i);
         const bool handedOver = entry.startTime > 0.0 && w.now() >= entry.startTime && entry.movie->isCued();
         const bool now = entry.movie->rate() != 0.0 || handedOver;
-        // An instance may end and be handed over again between two ticks: its new start time
-        // tells the new play from the old.
-        const bool again = entry.startTime != startTimes_[static_cast<std::size_t>(i)];
-        if (now && (!playing_[static_cast<std::size_t>(i)] || again)) starts.push_back({w.entry(i).soundID, tick});
+        if (now && !playing_[static_cast<std::size_t>(i)]) starts.push_back({w.entry(i).soundID, tick});
         playing_[static_cast<std::size_t>(i)] = now;
-        if (now) startTimes_[static_cast<std::size_t>(i)] = entry.startTime;
         playing += now ? 1 : 0;
     }
     return playing;

@@ -52,7 +52,6 @@ public:
 
 private:
     std::vector<bool> playing_;
-    std::vector<double> startTimes_;
 };
 
 class WorldFixture {
