@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "audio/engine/engineimpl.h"
+
 namespace sylvora::test {
 
 std::string makeSound(const TempDir& dir, const QString& name, const ToneSpec& tone) {
@@ -21,6 +23,7 @@ std::unique_ptr<audio::SoundInstance> openOrFail(audio::Engine& engine, const st
 }
 
 std::vector<float> renderFrames(audio::Engine& engine, std::size_t frames, std::size_t block) {
+    engine.impl().limit = false;
     std::vector<float> out(frames * 2);
     for (std::size_t done = 0; done < frames; done += block) {
         engine.waitForStreams();
@@ -31,6 +34,7 @@ std::vector<float> renderFrames(audio::Engine& engine, std::size_t frames, std::
 
 std::size_t renderUntilDone(audio::Engine& engine, audio::SoundInstance& instance, std::size_t limit,
                             std::vector<float>* keep, std::size_t block) {
+    engine.impl().limit = false;
     std::vector<float> buffer(2 * block);
     std::size_t frames = 0;
     while (!instance.isDone() && frames < limit) {

@@ -24,7 +24,8 @@ std::string makeSound(const TempDir& dir, const QString& name, const ToneSpec& t
 std::unique_ptr<audio::SoundInstance> openOrFail(audio::Engine& engine, const std::string& path);
 
 // Renders `frames` frames in blocks of `block`, letting the streaming thread catch up before each
-// block so that the result does not depend on thread timing. Interleaved stereo.
+// block so that the result does not depend on thread timing. Interleaved stereo. These tests hear
+// the voices' own mix: the master limiter (and its look-ahead delay) is switched off.
 std::vector<float> renderFrames(audio::Engine& engine, std::size_t frames, std::size_t block = 512);
 
 // Renders until the instance reports done; returns the frames rendered (a whole number of blocks).

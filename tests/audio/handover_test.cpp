@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <numbers>
 
+#include "audio/engine/engineimpl.h"
 #include "encodedfile.h"
 #include "support/signalanalysis.h"
 #include "support/soundfiles.h"
@@ -94,7 +95,9 @@ TEST_P(LoopHandover, EveryInstanceFollowsTheLastToTheSample) {
     w.runSeconds(4.0, {}, [&](const float* interleaved, std::size_t frames, std::uint64_t) {
         heard.append(interleaved, frames);
     });
-    const std::vector<float>& x = heard.left();
+    // What the master limiter's look-ahead holds back comes out that much later.
+    const auto delay = static_cast<long>(w.engine.impl().limiter.latencyFrames());
+    const std::vector<float> x(heard.left().begin() + delay, heard.left().end());
     const std::vector<double> r = residual(x);
 
     // The first instance starts at frame 0; every later one must be the same samples, unfaded,
@@ -128,7 +131,8 @@ TEST_P(LoopHandover, EveryInstanceFollowsTheLastToTheSample) {
     // (Seen modulo one cycle of 48 samples; an encoder's delay is never a whole number of them.)
     EXPECT_NEAR(phaseOffset(x, 250 * 48, 9600), 0.0, 0.05)
         << format.name << ": the sound starts on its first sample, not before or after it";
-    EXPECT_NEAR(heard.amplitude(loop / 2, 9600, FREQUENCY, RATE), AMPLITUDE, 0.03) << format.name;
+    EXPECT_NEAR(heard.amplitude(static_cast<std::size_t>(delay) + loop / 2, 9600, FREQUENCY, RATE), AMPLITUDE, 0.03)
+        << format.name;
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryFormat, LoopHandover,

@@ -24,6 +24,7 @@ Engine::Impl::Impl(int rate)
     : sampleRate(rate),
       cache(rate),
       streamer(rate, epochs),
+      limiter(rate),
       live_(MAX_VOICES),
       gains_(MixContext::MAX_BLOCK),
       tailGains_(MixContext::MAX_BLOCK) {
@@ -119,6 +120,9 @@ void Engine::Impl::render(float* interleaved, std::size_t frames) noexcept {
         }
         done += n;
     }
+    // However many voices pile up, nothing reaches full scale.
+    if (limit)
+        limiter.process(interleaved, frames);
     epochs.leave(ticket);
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "audio/engine/engine.h"
+#include "audio/engine/limiter.h"
 #include "audio/engine/mixcontext.h"
 #include "audio/engine/renderepochs.h"
 #include "audio/engine/soundcache.h"
@@ -41,6 +42,11 @@ struct Engine::Impl {
 
     SoundCache cache;
     Streamer streamer;
+
+    // The master stage every render passes through; audio-thread state once constructed. Tests
+    // of the voices' own mix (exact samples at exact frames) switch it off before rendering.
+    Limiter limiter;
+    bool limit = true;
 
     bool lowLatency = false;                    // [main]
     OutputLink* outputLink = nullptr;           // [main]
