@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace sylvora::audio {
 
@@ -41,6 +42,16 @@ double Limiter::windowMinimum(double wanted) noexcept {
 }
 
 void Limiter::process(float* interleaved, std::size_t frames) noexcept {
+    // While nothing in the window wants the gain lowered and the block stays under the ceiling,
+    // the limiter is a plain delay: the usual case, and the cheap one.
+    float blockPeak = 0.0f;
+    for (std::size_t i = 0; i < 2 * frames; ++i)
+        blockPeak = std::max(blockPeak, std::fabs(interleaved[i]));
+    if (blockPeak <= CEILING && gain_ == 1.0 && boxBelow_ == 0 && queueSize_ == 1 &&
+        queueGain_[queueHead_] == 1.0) {
+        delayOnly(interleaved, frames);
+        return;
+    }
     const auto length = static_cast<double>(lookahead_);
     for (std::size_t i = 0; i < frames; ++i) {
         float* sample = interleaved + 2 * i;
@@ -68,6 +79,19 @@ void Limiter::process(float* interleaved, std::size_t frames) noexcept {
         sample[0] = left * g;
         sample[1] = right * g;
     }
+}
+
+void Limiter::delayOnly(float* interleaved, std::size_t frames) noexcept {
+    for (std::size_t i = 0; i < frames; ++i) {
+        float* sample = interleaved + 2 * i;
+        float* delayed = delay_.data() + 2 * delayAt_;
+        std::swap(sample[0], delayed[0]);
+        std::swap(sample[1], delayed[1]);
+        delayAt_ = delayAt_ + 1 == lookahead_ ? 0 : delayAt_ + 1;
+    }
+    // Every frame wanted a gain of 1: the window's queue keeps only the newest.
+    frame_ += frames;
+    queueFrame_[queueHead_] = frame_ - 1;
 }
 
 }  // namespace sylvora::audio

@@ -31,6 +31,7 @@ public:
 private:
     double wantedGain(float left, float right) const noexcept;
     double windowMinimum(double wanted) noexcept;  // least wanted gain over the look-ahead
+    void delayOnly(float* interleaved, std::size_t frames) noexcept;
 
     std::size_t lookahead_;
     double releaseCoefficient_;
