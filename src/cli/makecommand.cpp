@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "audio/engine/engine.h"
+#include "cli/stopsignals.h"
 #include "cli/timeparsing.h"
 #include "core/package/worldfromfolder.h"
 #include "core/time/virtualeventloop.h"
@@ -64,6 +65,10 @@ int runMake(const CliOptions& options) {
     audio::Engine engine;
     VirtualEventLoop loop;
     World world(engine, loop, 1u);
+    // Ctrl+C or SIGTERM stops the save before its next file; the unfinished package, written under
+    // a temporary name, is deleted, so nothing is left at the destination.
+    const StopSignals stopSignals;
+    world.setSaveCanceller([&stopSignals] { return stopSignals.caught() != 0; });
     FolderWorldReport report;
     const OSStatus status = WorldFromFolder::makePackage(world, folder.absoluteFilePath(),
                                                          QFileInfo(output).absoluteFilePath(), name, report);
@@ -73,6 +78,11 @@ int runMake(const CliOptions& options) {
     }
     if (status != noErr) {
         std::fflush(stdout);
+        if (stopSignals.caught() != 0) {
+            std::fprintf(stderr, "sylvora-cli: interrupted: nothing was made at '%s'\n",
+                         qPrintable(QFileInfo(output).absoluteFilePath()));
+            return stopSignals.exitCode();
+        }
         std::fprintf(stderr, "sylvora-cli: %s\n", qPrintable(report.error));
         return 1;
     }

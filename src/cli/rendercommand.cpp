@@ -1,18 +1,23 @@
 #include "cli/rendercommand.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 
 #include "audio/engine/engine.h"
 #include "audio/outputs/file/audiofilewriter.h"
 #include "cli/progressbar.h"
+#include "cli/stopsignals.h"
 #include "cli/timeparsing.h"
 #include "cli/worldloading.h"
 #include "core/render/offlinerenderer.h"
+#include "core/strings/stringresources.h"
 #include "core/time/virtualeventloop.h"
 #include "core/world/world.h"
 
@@ -39,9 +44,18 @@ int runRender(const CliOptions& options) {
         return 1;
     }
 
+    // The sound is written under a hidden name beside the output and renamed into place only when it
+    // is complete: an interrupted or failed render leaves nothing at the output and never destroys
+    // what was there. The hidden name keeps the output's extension, which chooses the format.
+    const QFileInfo output(options.output);
+    const QString partial = output.dir().filePath(QStringLiteral(".%1-partial-%2.%3")
+                                                      .arg(output.fileName())
+                                                      .arg(QCoreApplication::applicationPid())
+                                                      .arg(output.suffix()));
+    const StopSignals stopSignals;
     std::string error;
     std::unique_ptr<audio::AudioFileWriter> writer =
-        audio::AudioFileWriter::create(QFile::encodeName(options.output).toStdString(), options.rate, error);
+        audio::AudioFileWriter::create(QFile::encodeName(partial).toStdString(), options.rate, error);
     if (!writer) {
         printError(QStringLiteral("cannot create '%1': %2").arg(options.output, QString::fromStdString(error)));
         return 1;
@@ -62,18 +76,25 @@ int runRender(const CliOptions& options) {
     const OfflineRenderer::Sink sink = [&](const float* interleaved, std::size_t frames, std::uint64_t) {
         if (writeStatus == noErr) writeStatus = writer->write(interleaved, frames);
     };
-    while (renderer.framesRendered() < total && writeStatus == noErr) {
+    while (renderer.framesRendered() < total && writeStatus == noErr && stopSignals.caught() == 0) {
         renderer.render(std::min(chunk, total - renderer.framesRendered()), sink);
         bar.update(static_cast<double>(renderer.framesRendered()) / static_cast<double>(total));
     }
     world.stop();
+    if (stopSignals.caught() != 0) writeStatus = userCanceledErr;
     if (writeStatus == noErr) writeStatus = writer->close();
     bar.finish();
     writer.reset();
+    if (writeStatus == noErr && std::rename(QFile::encodeName(partial).constData(), QFile::encodeName(options.output).constData()) != 0)
+        writeStatus = statusFromErrno(errno);
 
     if (writeStatus != noErr) {
-        QFile::remove(options.output);
-        printError(QStringLiteral("writing '%1' failed (status %2)").arg(options.output).arg(writeStatus));
+        QFile::remove(partial);
+        if (stopSignals.caught() != 0) {
+            printError(QStringLiteral("interrupted: nothing was written to '%1'").arg(options.output));
+            return stopSignals.exitCode();
+        }
+        printError(QStringLiteral("writing '%1' failed: %2").arg(options.output, copyStatusDescription(writeStatus)));
         return 1;
     }
     const double seconds = std::max(clock.elapsed(), qint64{1}) / 1000.0;

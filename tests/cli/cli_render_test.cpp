@@ -5,7 +5,11 @@
 #include <sndfile.h>
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
+#include <QProcess>
+#include <QThread>
+#include <csignal>
 #include <cmath>
 #include <vector>
 
@@ -120,4 +124,31 @@ TEST_F(RenderWorld, UnwritableOutputFailsWithoutLeavingAFile) {
     ASSERT_EQ(lines.size(), 1);
     EXPECT_TRUE(lines[0].contains(QStringLiteral("cannot create '") + output + u'\''));
     EXPECT_FALSE(QFile::exists(output));
+}
+
+// Ctrl+C or SIGTERM stops a render: it says so, exits 128 plus the signal, and leaves what was at
+// the output as it was, with no half-written file anywhere.
+TEST_F(RenderWorld, InterruptedRenderLeavesTheOutputAsItWas) {
+    const QString output = temp.filePath(QStringLiteral("kept.wav"));
+    for (const int signalNumber : {SIGINT, SIGTERM}) {
+        SCOPED_TRACE(signalNumber);
+        temp.writeFile(QStringLiteral("kept.wav"), "an earlier recording");
+        QProcess render;
+        render.start(QStringLiteral(SYLVORA_CLI_PATH), {"render", package, "-o", output, "--duration", "1000h"});
+        ASSERT_TRUE(render.waitForStarted(-1));
+        // Under way once its hidden output appears beside the destination.
+        const auto partials = [&] {
+            return QDir(temp.path()).entryList({QStringLiteral(".kept.wav-partial-*")}, QDir::Files | QDir::Hidden);
+        };
+        while (partials().isEmpty() && render.state() == QProcess::Running) QThread::msleep(20);
+        ::kill(static_cast<pid_t>(render.processId()), signalNumber);
+        ASSERT_TRUE(render.waitForFinished(-1));
+        EXPECT_EQ(render.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(render.exitCode(), 128 + signalNumber);
+        EXPECT_TRUE(QString::fromUtf8(render.readAllStandardError()).contains(QStringLiteral("interrupted")));
+        QFile kept(output);
+        ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+        EXPECT_EQ(kept.readAll(), QByteArray("an earlier recording"));
+        EXPECT_TRUE(partials().isEmpty());
+    }
 }

@@ -138,16 +138,17 @@ private:
     mutable int recordings = 0;
 };
 
-void endWithSigterm(QProcess& app) {
-    ::kill(static_cast<pid_t>(app.processId()), SIGTERM);
-    ASSERT_TRUE(app.waitForFinished(10000)) << "SIGTERM did not end the application";
+// SIGTERM, or SIGHUP (a closed terminal, an ended session), ends the application as a quit does.
+void endWithSignal(QProcess& app, int signalNumber) {
+    ::kill(static_cast<pid_t>(app.processId()), signalNumber);
+    ASSERT_TRUE(app.waitForFinished(10000)) << "signal " << signalNumber << " did not end the application";
     EXPECT_EQ(app.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(app.exitCode(), 0);
 }
 
 }  // namespace
 
-TEST(DesktopApplication, OpensIsHeardHandsOverQuitsOnSigtermAndReopensTheLastWorld) {
+TEST(DesktopApplication, OpensIsHeardHandsOverQuitsOnSigtermOrSighupAndReopensTheLastWorld) {
     TempDir temp;
     PulseServer pulse(temp.makeDir(QStringLiteral("pulse")));
     XServer x;
@@ -173,7 +174,7 @@ TEST(DesktopApplication, OpensIsHeardHandsOverQuitsOnSigtermAndReopensTheLastWor
     EXPECT_GT(level, 0.1);
     EXPECT_NEAR(pitch, 1800.0, 5.0);
 
-    endWithSigterm(*first);
+    endWithSignal(*first, SIGTERM);
     QSettings stored(session.settingsFile(), QSettings::IniFormat);
     EXPECT_TRUE(QFile::exists(session.settingsFile()));
     EXPECT_TRUE(stored.contains(QStringLiteral("Last Played"))) << stored.allKeys().join(u' ').toStdString();
@@ -184,6 +185,6 @@ TEST(DesktopApplication, OpensIsHeardHandsOverQuitsOnSigtermAndReopensTheLastWor
     std::tie(level, pitch) = session.listen(4.0);
     EXPECT_GT(level, 0.1);
     EXPECT_NEAR(pitch, 1800.0, 5.0);
-    endWithSigterm(*third);
+    endWithSignal(*third, SIGHUP);
     pulse.stop();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// SIGTERM and SIGINT end the event loop like a quit without questions, so that shut-down still
+// SIGTERM, SIGHUP and SIGINT end the event loop like a quit without questions, so that shut-down still
 // stores the preferences. The handler only writes to a pipe; the loop reads it.
 
 #include <QObject>

@@ -4,25 +4,26 @@
 #include <QMessageBox>
 
 #include "app/shell/appstrings.h"
+#include "app/shell/globals.h"
 #include "core/strings/stringresources.h"
+#include "core/world/world.h"
 
 namespace sylvora::app {
 
-QString copyStatusExplanation(OSStatus status) {
-    const QByteArray key = QString::fromLatin1(STATUS_EXPLANATION_KEY_FORMAT).arg(status).toLatin1();
-    const QString text = copyLocalizedString(key.constData(), ERRORS_STRINGS_FILE);
-    return text == QLatin1String(key) ? QString() : text;  // no entry: nothing better than the number
-}
-
-void showErrorAlert(const QString& message, OSStatus status) {
+void showErrorAlert(const QString& message, OSStatus status, const QString& details) {
     QMessageBox alert(QMessageBox::Critical, QApplication::applicationDisplayName(), message, QMessageBox::Ok);
-    if (status != noErr) {
-        alert.setInformativeText(QString::asprintf(INTEGER_FORMAT_STRING, static_cast<int>(status)));
-        const QString explanation = copyStatusExplanation(status);
-        if (!explanation.isEmpty()) alert.setDetailedText(explanation);
-    }
+    if (status != noErr) alert.setInformativeText(capitalizedFirstLetter(copyStatusDescription(status)) + QLatin1Char('.'));
+    if (!details.isEmpty()) alert.setDetailedText(details);
     alert.setWindowModality(Qt::ApplicationModal);
     alert.exec();
+}
+
+void showSaveErrorAlert(OSStatus status) {
+    const QString message =
+        copyLocalizedString(ERROR_SAVING_NAMED_WORLD_KEY, ERRORS_STRINGS_FILE).arg(gCurrentWorld->copyDefaultSaveAsFilename(false));
+    const QString kept = gCurrentWorld->getKeptPreviousVersion();
+    showErrorAlert(message, status,
+                   kept.isEmpty() ? QString() : copyLocalizedString(PREVIOUS_VERSION_KEPT_KEY, ERRORS_STRINGS_FILE).arg(kept));
 }
 
 }  // namespace sylvora::app

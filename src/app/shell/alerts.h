@@ -1,7 +1,7 @@
 #pragma once
 
 // The stop alert through which every failure to open or save a world is reported: the message,
-// the bare status number beneath it (none for 0), and what the status means in its details.
+// and beneath it what the status means in words with the number after them (nothing for 0).
 
 #include <QString>
 
@@ -9,10 +9,12 @@
 
 namespace sylvora::app {
 
-// [main] Modal; returns once the person has dismissed it.
-void showErrorAlert(const QString& message, OSStatus status);
+// [main] Modal; returns once the person has dismissed it. `details`, when not empty, goes behind
+// the alert's Show Details button.
+void showErrorAlert(const QString& message, OSStatus status, const QString& details = QString());
 
-// What a status means, in the user's language; empty for a status without an explanation.
-QString copyStatusExplanation(OSStatus status);
+// [main] The alert of a failed save of the current world: names the world, says what went wrong,
+// and, when the save kept the previous version of the world, where it is.
+void showSaveErrorAlert(OSStatus status);
 
 }  // namespace sylvora::app

@@ -59,7 +59,7 @@ void save() {
     } else if (status == fnfErr) {
         doWorldSaveAsPrompt();
     } else {
-        showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_SAVING_WORLD, ERRORS_STRINGS_FILE), status);
+        showSaveErrorAlert(status);
         showSomethingWhenInvisible();  // the action still waits, and the person needs a window to retry
     }
 }

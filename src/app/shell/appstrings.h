@@ -20,7 +20,8 @@ inline constexpr const char* REPLACE_WORLD_QUESTION_KEY = "Replace World Questio
 // "Misc": what the empty picture well invites.
 inline constexpr const char* DROP_PICTURE_HERE_KEY = "Drop Picture Here";
 
-// "Errors": what a status means, shown in an alert's details. The key is "Status" and the number.
-inline constexpr const char* STATUS_EXPLANATION_KEY_FORMAT = "Status %1";
+// "Errors": the failed save's alert names the world (%1), and where the previous version was kept (%1).
+inline constexpr const char* ERROR_SAVING_NAMED_WORLD_KEY = "Error Saving Named World";
+inline constexpr const char* PREVIOUS_VERSION_KEPT_KEY = "Previous Version Kept";
 
 }  // namespace sylvora::app

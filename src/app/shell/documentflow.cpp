@@ -48,7 +48,7 @@ void saveAsChosen(const QString& folder, const QString& name) {
         return;
     }
     abandonWaitingAction();
-    showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_SAVING_WORLD, ERRORS_STRINGS_FILE), status);
+    showSaveErrorAlert(status);
 }
 
 QString askSaveChangesText(AskSaveChangesActions action) {

@@ -40,6 +40,10 @@ OSStatus openDecoder(const std::string& path, std::unique_ptr<Decoder>& out) {
         return statusFromErrno(errno);
     if (S_ISDIR(info.st_mode))
         return ioErr;
+    // A FIFO would block the open and every read after it, a device would be read without end:
+    // only a regular file holds a sound.
+    if (!S_ISREG(info.st_mode))
+        return fnfErr;
     if (prefersFfmpeg(lowerExtension(path))) {
         out = FfmpegDecoder::open(path);
         if (!out)

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "core/files/nativepath.h"
@@ -189,6 +190,17 @@ OSStatus FSMoveObject(const FSRef& ref, const FSRef& destinationDirectory, FSRef
     return moveTo(ref, nativepath::join(destinationDirectory.path, FSGetName(ref)), out);
 }
 
+OSStatus FSExchangeObjects(const FSRef& a, const FSRef& b) {
+    if (a.path.isEmpty() || b.path.isEmpty())
+        return paramErr;
+    if (::renameat2(AT_FDCWD, nativepath::encode(a.path).constData(), AT_FDCWD, nativepath::encode(b.path).constData(),
+                    RENAME_EXCHANGE) == 0)
+        return noErr;
+    if (errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)
+        return unimpErr;
+    return lastErrnoStatus();
+}
+
 OSStatus FSListDirectory(const FSRef& directory, std::vector<FSRef>& entries) {
     if (directory.path.isEmpty())
         return paramErr;
@@ -212,6 +224,41 @@ OSStatus FSListDirectory(const FSRef& directory, std::vector<FSRef>& entries) {
     }
     entries = std::move(found);
     return noErr;
+}
+
+OSStatus FSOpenRegularFile(const FSRef& file, int& fd) {
+    fd = -1;
+    if (file.path.isEmpty())
+        return paramErr;
+    UniqueFd opened(::open(nativepath::encode(file.path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!opened.valid())
+        return lastErrnoStatus();
+    struct stat info {};
+    if (::fstat(opened.get(), &info) != 0)
+        return lastErrnoStatus();
+    if (!S_ISREG(info.st_mode))
+        return fnfErr;
+    // A regular file's reads ignore the flag; cleared, it cannot surprise whoever the descriptor goes to.
+    const int flags = ::fcntl(opened.get(), F_GETFL);
+    if (flags >= 0)
+        ::fcntl(opened.get(), F_SETFL, flags & ~O_NONBLOCK);
+    fd = opened.release();
+    return noErr;
+}
+
+bool FSIsInside(const FSRef& file, const FSRef& container) {
+    const auto realPath = [](const QString& path) {
+        std::unique_ptr<char, void (*)(void*)> resolved(::realpath(nativepath::encode(path).constData(), nullptr),
+                                                         ::free);
+        return resolved ? QByteArray(resolved.get()) : QByteArray();
+    };
+    const QByteArray inner = realPath(file.path);
+    QByteArray outer = realPath(container.path);
+    if (inner.isEmpty() || outer.isEmpty())
+        return false;
+    if (!outer.endsWith('/'))
+        outer += '/';
+    return inner.startsWith(outer);
 }
 
 OSStatus FSSyncObject(const FSRef& ref) {

@@ -41,8 +41,17 @@ OSStatus FSDeleteObject(const FSRef& ref);
 OSStatus FSRenameUnicode(const FSRef& ref, const QString& newName, FSRef* out);
 // Moves an object into another directory of the same volume, keeping its name.
 OSStatus FSMoveObject(const FSRef& ref, const FSRef& destinationDirectory, FSRef* out);
+// Exchanges two objects of one volume in a single step (renameat2 with RENAME_EXCHANGE): at every
+// instant each path names one of the two. unimpErr when the file system cannot exchange.
+OSStatus FSExchangeObjects(const FSRef& a, const FSRef& b);
 // The immediate entries of a directory ("." and ".." excluded), in no particular order.
 OSStatus FSListDirectory(const FSRef& directory, std::vector<FSRef>& entries);
+// Opens `file` for reading without ever waiting on it and keeps it only when it is a regular file:
+// O_NONBLOCK lets a FIFO's open return at once, and a FIFO, a device, a socket or a folder is
+// refused as fnfErr, as if it were missing. `fd` receives the open descriptor (O_NONBLOCK cleared).
+OSStatus FSOpenRegularFile(const FSRef& file, int& fd);
+// Whether `file`, every symbolic link on its way followed, lies inside the folder `container`.
+bool FSIsInside(const FSRef& file, const FSRef& container);
 // Flushes a file's data, or a directory's entries, to the disk (fsync).
 OSStatus FSSyncObject(const FSRef& ref);
 

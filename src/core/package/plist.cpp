@@ -1,6 +1,9 @@
 #include "core/package/plist.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <vector>
 #include <cstdlib>
 #include <limits>
 
@@ -10,9 +13,133 @@ void PlistDeleter::operator()(void* node) const noexcept {
     if (node) plist_free(static_cast<plist_t>(node));
 }
 
+namespace {
+
+bool isSpaceOrEnd(char c) { return c == '>' || c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '/'; }
+
+// Counts opening and closing <array> and <dict> tags; an empty "<array/>" opens nothing. Tags inside
+// comments count too, which can only make the answer more careful.
+bool xmlNestingWithin(const QByteArray& bytes, int limit) {
+    int depth = 0;
+    const char* data = bytes.constData();
+    const qsizetype size = bytes.size();
+    for (qsizetype i = bytes.indexOf('<'); i >= 0 && i + 1 < size; i = bytes.indexOf('<', i + 1)) {
+        const bool closing = data[i + 1] == '/';
+        const qsizetype nameStart = i + (closing ? 2 : 1);
+        qsizetype nameLength = 0;
+        for (const char* tag : {"array", "dict"}) {
+            const auto length = static_cast<qsizetype>(std::strlen(tag));
+            if (nameStart + length < size && std::memcmp(data + nameStart, tag, static_cast<std::size_t>(length)) == 0 &&
+                isSpaceOrEnd(data[nameStart + length]))
+                nameLength = length;
+        }
+        if (nameLength == 0) continue;
+        if (closing) {
+            depth = std::max(0, depth - 1);
+            continue;
+        }
+        const qsizetype end = bytes.indexOf('>', nameStart + nameLength);
+        if (end > 0 && data[end - 1] == '/') continue;  // "<array/>"
+        if (++depth > limit) return false;
+    }
+    return true;
+}
+
+std::uint64_t bigEndian(const unsigned char* p, int width) {
+    std::uint64_t value = 0;
+    for (int i = 0; i < width; ++i) value = (value << 8) | p[i];
+    return value;
+}
+
+// Walks a binary property list's object graph without recursion: the height of every container is
+// the largest height of its children plus one, and an object reached again while it is still being
+// walked is a cycle, which no parser could end.
+bool binaryNestingWithin(const QByteArray& bytes, int limit) {
+    const auto* data = reinterpret_cast<const unsigned char*>(bytes.constData());
+    const auto size = static_cast<std::uint64_t>(bytes.size());
+    if (size < 8 + 32) return false;
+    const unsigned char* trailer = data + size - 32;
+    const int offsetWidth = trailer[6];
+    const int refWidth = trailer[7];
+    const std::uint64_t count = bigEndian(trailer + 8, 8);
+    const std::uint64_t top = bigEndian(trailer + 16, 8);
+    const std::uint64_t table = bigEndian(trailer + 24, 8);
+    if (offsetWidth < 1 || offsetWidth > 8 || refWidth < 1 || refWidth > 8 || count == 0 || top >= count ||
+        table >= size || count > (size - table) / static_cast<std::uint64_t>(offsetWidth))
+        return false;
+
+    // The children of object `index`: where its references start and how many there are.
+    const auto children = [&](std::uint64_t index, std::uint64_t& first, std::uint64_t& number) {
+        first = number = 0;
+        const std::uint64_t offset = bigEndian(data + table + index * static_cast<std::uint64_t>(offsetWidth), offsetWidth);
+        if (offset >= size) return false;
+        const int type = data[offset] >> 4;
+        if (type != 0xA && type != 0xC && type != 0xD) return true;  // not a container
+        std::uint64_t length = data[offset] & 0x0F;
+        std::uint64_t start = offset + 1;
+        if (length == 0x0F) {
+            if (start >= size || (data[start] >> 4) != 0x1) return false;
+            const int width = 1 << (data[start] & 0x0F);
+            if (width > 8 || start + 1 + static_cast<std::uint64_t>(width) > size) return false;
+            length = bigEndian(data + start + 1, width);
+            start += 1 + static_cast<std::uint64_t>(width);
+        }
+        number = type == 0xD ? 2 * length : length;
+        if (length > size || start + number * static_cast<std::uint64_t>(refWidth) > size) return false;
+        first = start;
+        return true;
+    };
+
+    enum : std::uint8_t { Unseen, Open, Done };
+    std::vector<std::uint8_t> state(count, Unseen);
+    std::vector<std::uint16_t> height(count, 0);
+    struct Frame {
+        std::uint64_t index, first, number, next;
+    };
+    std::vector<Frame> stack;
+    const auto enter = [&](std::uint64_t index) {
+        Frame frame{index, 0, 0, 0};
+        if (!children(index, frame.first, frame.number)) return false;
+        state[index] = Open;
+        stack.push_back(frame);
+        return static_cast<int>(stack.size()) <= limit || frame.number == 0;
+    };
+    if (!enter(top)) return false;
+    while (!stack.empty()) {
+        Frame& frame = stack.back();
+        if (frame.next == frame.number) {
+            const bool container = frame.first != 0;
+            state[frame.index] = Done;
+            const std::uint16_t own = static_cast<std::uint16_t>(height[frame.index] + (container ? 1 : 0));
+            height[frame.index] = own;
+            stack.pop_back();
+            if (own > limit) return false;
+            if (!stack.empty())
+                height[stack.back().index] = std::max(height[stack.back().index], own);
+            continue;
+        }
+        const std::uint64_t child = bigEndian(data + frame.first + frame.next * static_cast<std::uint64_t>(refWidth), refWidth);
+        ++frame.next;
+        if (child >= count || state[child] == Open) return false;
+        if (state[child] == Done) {
+            height[frame.index] = std::max(height[frame.index], height[child]);
+            continue;
+        }
+        if (!enter(child)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool plistNestingWithin(const QByteArray& bytes, int limit) {
+    return bytes.startsWith("bplist") ? binaryNestingWithin(bytes, limit) : xmlNestingWithin(bytes, limit);
+}
+
 PlistPtr plistParse(const QByteArray& bytes) {
     if (bytes.isEmpty() || static_cast<quint64>(bytes.size()) > std::numeric_limits<std::uint32_t>::max())
         return nullptr;
+    if (!plistNestingWithin(bytes, PLIST_MAX_NESTING)) return nullptr;
     plist_t root = nullptr;
     plist_from_memory(bytes.constData(), static_cast<std::uint32_t>(bytes.size()), &root);
     return PlistPtr(root);

@@ -22,8 +22,16 @@ struct PlistDeleter {
 // Owns a root node (and with it the whole tree below it).
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
-// Parses an XML or binary property list; null when the bytes are neither.
+// libplist parses (and frees) nested arrays and dictionaries by recursion, so a deep enough nest
+// overflows the stack; no world needs more than a few levels.
+inline constexpr int PLIST_MAX_NESTING = 256;
+
+// Parses an XML or binary property list; null when the bytes are neither, or when arrays and
+// dictionaries nest deeper than PLIST_MAX_NESTING (checked before libplist sees the bytes).
 PlistPtr plistParse(const QByteArray& bytes);
+// Whether the containers of a property list nest at most `limit` deep; false for a binary property
+// list too damaged to tell.
+bool plistNestingWithin(const QByteArray& bytes, int limit);
 // Serializes as an XML property list; empty when libplist gives nothing.
 QByteArray plistToXml(plist_t root);
 // Serializes as a binary property list; empty when libplist gives nothing.

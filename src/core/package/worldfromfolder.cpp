@@ -11,6 +11,7 @@
 #include "core/files/alias.h"
 #include "core/files/fsref.h"
 #include "core/files/nativepath.h"
+#include "core/strings/stringresources.h"
 #include "core/world/world.h"
 
 namespace sylvora {
@@ -163,7 +164,7 @@ OSStatus WorldFromFolder::makePackage(World& world, const QString& folder, const
     OSStatus status = fillWorld(world, folder, name, report);
     if (status != noErr) return status;
     status = world.doSaveAs(parent, destination.fileName());
-    if (status != noErr) report.error = QStringLiteral("the world could not be saved as '%1' (%2)").arg(packagePath).arg(status);
+    if (status != noErr) report.error = QStringLiteral("the world could not be saved as '%1': %2").arg(packagePath, copyStatusDescription(status));
     return status;
 }
 

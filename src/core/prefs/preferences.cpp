@@ -36,12 +36,16 @@ QString Preferences::getIndKnownWorldName(int index) const {
     return knownWorlds[static_cast<std::size_t>(index)].name;
 }
 
-// A record that no longer resolves ends the search: the records after it are not examined, so that
-// one unreachable volume costs at most one failed resolve per search.
+// A record that no longer resolves ends the search, so that a gone world costs at most one failed
+// resolve per search. A record on a drive that is not plugged in is passed over instead: saying so
+// takes no search, and ending there would hide every world after it, which would then be added again
+// at every lookup.
 int Preferences::findKnownWorld(const FSRef& package) const {
     for (int i = 0; i < numKnownWorlds; ++i) {
         FSRef resolved;
-        if (FSResolveAlias(*knownWorlds[static_cast<std::size_t>(i)].alias, resolved) != noErr) return -1;
+        const OSStatus status = FSResolveAlias(*knownWorlds[static_cast<std::size_t>(i)].alias, resolved);
+        if (status == nsvErr) continue;
+        if (status != noErr) return -1;
         if (FSCompareFSRefs(resolved, package)) return i;
     }
     return -1;

@@ -115,7 +115,13 @@ void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
         FSRef resolved;
         if (FSResolveAlias(*alias, resolved) == nsvErr && numKnownWorlds < MAX_KNOWN_WORLDS) {
             // A world on a drive that is not plugged in stays known, under its stored name, until
-            // the drive comes back; only a package that is gone leaves the list.
+            // the drive comes back; only a package that is gone leaves the list. The same world
+            // stored twice (as lists written before duplicates were merged may hold it) stays once.
+            const auto sameObject = [&alias](const KnownWorld& record) {
+                return record.alias && record.alias->device() == alias->device() && record.alias->inode() == alias->inode() &&
+                       record.alias->volume() == alias->volume();
+            };
+            if (std::any_of(knownWorlds.begin(), knownWorlds.begin() + numKnownWorlds, sameObject)) continue;
             knownWorlds[static_cast<std::size_t>(numKnownWorlds++)] = KnownWorld{alias->copy(), storedName};
             knownWorldsNeedSorting = true;
             continue;

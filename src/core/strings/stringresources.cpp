@@ -23,6 +23,21 @@ QString copyLocalizedString(const char* key, const char* table) {
     return QCoreApplication::translate(table ? table : "", key);
 }
 
+QString copyStatusExplanation(OSStatus status) {
+    const QByteArray key = QString::fromLatin1(STATUS_EXPLANATION_KEY_FORMAT).arg(status).toLatin1();
+    const QString text = copyLocalizedString(key.constData(), ERRORS_STRINGS_FILE);
+    return text == QLatin1String(key) ? QString() : text;  // no entry: nothing better than the number
+}
+
+QString copyStatusDescription(OSStatus status) {
+    const QString words = copyStatusExplanation(status);
+    return words.isEmpty() ? QStringLiteral("error %1").arg(status) : QStringLiteral("%1 (%2)").arg(words).arg(status);
+}
+
+QString capitalizedFirstLetter(const QString& text) {
+    return text.isEmpty() ? text : text.left(1).toUpper() + text.mid(1);
+}
+
 bool installStringTables() {
     QCoreApplication* app = QCoreApplication::instance();
     if (!app)

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include "util/status.h"
+
 namespace sylvora {
 
 inline constexpr const char* ERRORS_STRINGS_FILE = "Errors";
@@ -23,11 +25,25 @@ inline constexpr const char* GET_INFO_WINDOW_TITLE_FORMAT_STRING_KEY = "World In
 inline constexpr const char* GET_INFO_WINDOW_UNTITLED_TITLE_STRING_KEY = "Untitled World Info";
 inline constexpr const char* HELP_PAGE_CREATING_A_WORLD_KEY = "CreatingAWorld.html";
 
+// "Errors": what a status means, as words that fit inside a sentence ("the disk is full"). The key
+// is "Status" and the number.
+inline constexpr const char* STATUS_EXPLANATION_KEY_FORMAT = "Status %1";
+
 inline constexpr const char* EMPTY_STRING = "";
 inline constexpr const char* INTEGER_FORMAT_STRING = "%d";
 
 // The value of `key` in `table` for the user's language, or the key itself.
 QString copyLocalizedString(const char* key, const char* table);
+
+// What a status means in the user's language ("the disk is full"); empty for a status the tables
+// have no words for.
+QString copyStatusExplanation(OSStatus status);
+// A status as a person reads it, its meaning first and the number after it: "the disk is full
+// (-34)", or "error -12345" when there are no words for it. Both the alerts and sylvora-cli say
+// failures this way.
+QString copyStatusDescription(OSStatus status);
+// `text` with its first letter in upper case, for a phrase that opens a sentence of its own.
+QString capitalizedFirstLetter(const QString& text);
 
 // Loads the compiled tables into the running QCoreApplication; call once after creating it.
 // Returns false when they cannot be loaded (lookups then fall back to the keys).

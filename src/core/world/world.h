@@ -198,6 +198,15 @@ public:
     OSStatus doSaveAs(const FSRef& parent, const QString& name);
     OSStatus doSave();
     QString copyDefaultSaveAsFilename(bool withExtension) const;
+    // Where the last save left the previous version of the world, when it could not be sure the new
+    // one had reached the disk and so kept the old; empty otherwise.
+    const QString& getKeptPreviousVersion() const { return keptPreviousVersion; }
+    // What an interrupted save of the package `packageName` in `parent` left beside it: removed while
+    // the package is whole, or put in its place when the package is not and the leftover is.
+    static void recoverInterruptedSave(const FSRef& parent, const QString& packageName);
+    // The temporary package of a save over `packageName`: "temp <n>.sylvora" with n drawn from the
+    // name, the same at every save and in every run, so that a leftover is found again.
+    static QString copyTempPackageName(const QString& packageName);
 
     // Playback.
     void start();
@@ -217,6 +226,10 @@ public:
     // The editor's sound preview is stopped before a save releases the package's files; the app
     // installs the editor's stop here.
     void setPreviewStopper(std::function<void()> stopper) { previewStopper = std::move(stopper); }
+
+    // Asked before each file a save copies; a true answer ends the save with userCanceledErr, the
+    // temporary package deleted. sylvora-cli stops a save this way on Ctrl+C.
+    void setSaveCanceller(std::function<bool()> canceller) { saveCanceller = std::move(canceller); }
 
     audio::Engine& getEngine() const { return engine; }
     EventLoop& getEventLoop() const { return eventLoop; }
@@ -250,6 +263,7 @@ private:
     audio::Engine& engine;
     EventLoop& eventLoop;
     std::function<void()> previewStopper;
+    std::function<bool()> saveCanceller;
 
     // Helpers shared by the concerns' source files.
     LoopSound* findLoopSound(SoundID id);
@@ -295,6 +309,12 @@ private:
     bool isLoadedPackage(const FSRef& package) const;
     void releasePackageFiles();  // the preview, every loaded sound and the picture file
     void reloadFromSavedPackage(const FSRef& package, bool wasPlaying);
+    OSStatus createTempPackageFor(const FSRef& parent, const QString& packageName, FSRef& temp);
+    OSStatus fillTempPackage(const FSRef& parent, const FSRef& temp);  // deleted again when it fails
+    OSStatus saveOverExisting(const FSRef& parent, const QString& packageName, const FSRef& existing,
+                              bool wasPlaying);
+    FSRef packageBeingReplaced;   // during a save over it: its files are linked, not copied
+    QString keptPreviousVersion;  // see getKeptPreviousVersion()
 };
 
 }  // namespace sylvora

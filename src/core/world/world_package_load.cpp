@@ -5,15 +5,17 @@
 // missing or unreadable description, or a missing sound folder, is reported.
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <limits>
+#include <cstdio>
 #include <optional>
 
-#include "core/files/nativepath.h"
+#include "core/files/uniquefd.h"
 #include "core/files/utils.h"
 #include "core/package/plist.h"
+#include "core/platform/beep.h"
 #include "core/prefs/preferences.h"
 #include "core/world/world.h"
 
@@ -21,40 +23,62 @@ namespace sylvora {
 
 namespace {
 
-// Reads a whole file; a read failure is the operating system's error as a status.
-OSStatus readWholeFile(const FSRef& file, QByteArray& out) {
-    const QByteArray path = nativepath::encode(file.path);
-    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return statusFromErrno(errno);
+// A description larger than this is no world's: it is refused before a byte of it is read.
+constexpr qint64 kMaxDescriptionBytes = 16 * 1024 * 1024;
+
+// Refuses what a package must not hand the loader: anything but a regular file (a FIFO would block
+// every reader, a device would be read without end) and anything whose real path leaves the package
+// (a link to a file elsewhere). Refused entries count as missing; the reason goes to diagnostics.
+OSStatus checkPackageEntry(const FSRef& package, const FSRef& file, UniqueFd* keepOpen = nullptr) {
+    int fd = -1;
+    OSStatus status = FSOpenRegularFile(file, fd);
+    UniqueFd owner(fd);
+    const char* reason = status == fnfErr ? "not a regular file" : nullptr;
+    if (status == noErr && !FSIsInside(file, package)) {
+        status = fnfErr;
+        reason = "a link that leads out of the package";
+    }
+    if (reason) {
+        SysBeep(0);
+        SysBeep(0);
+        std::fprintf(stderr, "*** '%s' refused: %s ***\n", qPrintable(file.path), reason);
+    }
+    if (status == noErr && keepOpen) *keepOpen = std::move(owner);
+    return status;
+}
+
+// Reads the whole description; a read failure is the operating system's error as a status.
+OSStatus readDescription(const FSRef& package, const FSRef& file, QByteArray& out) {
+    UniqueFd fd;
+    OSStatus status = checkPackageEntry(package, file, &fd);
+    if (status != noErr) return status;
+    struct stat info {};
+    if (::fstat(fd.get(), &info) != 0) return statusFromErrno(errno);
+    if (info.st_size > kMaxDescriptionBytes) return unreadablePropertyListErr;
     out.clear();
     char buffer[65536];
-    OSStatus status = noErr;
     for (;;) {
-        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        const ssize_t count = ::read(fd.get(), buffer, sizeof buffer);
         if (count < 0) {
             if (errno == EINTR) continue;
-            status = statusFromErrno(errno);
-            break;
+            return statusFromErrno(errno);
         }
         if (count == 0) break;
-        // Nothing larger than the parser can take is a description; refuse it before it eats memory.
-        if (out.size() + count > std::numeric_limits<std::int32_t>::max()) {
-            status = unreadablePropertyListErr;
-            break;
-        }
+        // A file that grows while it is read is held to the same bound.
+        if (out.size() + count > kMaxDescriptionBytes) return unreadablePropertyListErr;
         out.append(buffer, static_cast<qsizetype>(count));
     }
-    ::close(fd);
     return status;
 }
 
 // The alias of the file `fileName` inside `directory`, or null. Names that would reach outside
 // the directory ("..", "a/b", "") are refused by the lookup itself.
-AliasHandle aliasOfEntry(const FSRef& directory, plist_t entry) {
+AliasHandle aliasOfEntry(const FSRef& package, const FSRef& directory, plist_t entry) {
     const std::optional<QString> fileName = plistGetString(entry, World::SOUND_FILENAME_KEY);
     if (!fileName) return nullptr;
     FSRef file;
     if (FSMakeFSRefCFString(directory, *fileName, kTextEncodingUnknown, file) != noErr) return nullptr;
+    if (checkPackageEntry(package, file) != noErr) return nullptr;
     AliasHandle alias;
     if (FSNewAlias(file, alias) != noErr) return nullptr;
     return alias;
@@ -71,7 +95,7 @@ OSStatus forEachSoundEntry(const FSRef& package, const char* subdirectory, plist
     for (std::uint32_t i = 0; i < plistArraySize(array); ++i) {
         const plist_t entry = plistArrayItem(array, i);
         if (!plistIsDict(entry)) continue;
-        if (const AliasHandle alias = aliasOfEntry(directory, entry)) add(*alias, entry);
+        if (const AliasHandle alias = aliasOfEntry(package, directory, entry)) add(*alias, entry);
     }
     return noErr;
 }
@@ -155,6 +179,11 @@ OSStatus World::loadFromPackage(const FSRef& package) {
         if (FSResolveAlias(*packageAlias, loaded) == noErr && FSCompareFSRefs(loaded, package)) return noErr;
     }
 
+    // A save of this package that was interrupted may have left a copy beside it; the previous
+    // version a failed save kept on purpose (and named to the person) stays until the next save.
+    if (FSRef parent; keptPreviousVersion.isEmpty() && FSGetParentRef(package, parent) == noErr)
+        recoverInterruptedSave(parent, FSGetName(package));
+
     resetToInitialState();
     const OSStatus result = loadDescription(package);
     modified = false;
@@ -167,7 +196,7 @@ OSStatus World::loadDescription(const FSRef& package) {
     if (status != noErr) return status;
 
     QByteArray bytes;
-    status = readWholeFile(dataFile, bytes);
+    status = readDescription(package, dataFile, bytes);
     if (status != noErr) return status;
 
     const PlistPtr rootOwner = plistParse(bytes);
@@ -191,7 +220,7 @@ OSStatus World::loadDescription(const FSRef& package) {
         FSRef pictureFile;
         AliasHandle alias;
         if (FSMakeFSRefCFString(package, *pictureName, kTextEncodingUnknown, pictureFile) == noErr &&
-            FSNewAlias(pictureFile, alias) == noErr)
+            checkPackageEntry(package, pictureFile) == noErr && FSNewAlias(pictureFile, alias) == noErr)
             setPictureFileAlias(alias.get());
         if (pictureFileAlias) pictureFileAlias->follow();
     }

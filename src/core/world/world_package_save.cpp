@@ -1,28 +1,29 @@
 // Writing the world as a package on disk.
 //
-// A world is a person's work, so a save never leaves the disk without one complete copy of it:
-// the new package is written in full and flushed (every file, its folder and the parent) before it
-// replaces anything, and replacing an existing package goes through an "aside" folder so that each
-// step can be undone:
+// A world is a person's work, so a save never leaves the disk without one complete copy of it, and
+// the package's own path never holds anything less than a whole world:
 //
-//   1. the complete new package T is written beside the destination D and flushed;
-//   2. D's items are moved into a fresh aside folder A (renames on one volume); D itself stays, so
-//      aliases to it keep resolving;
-//   3. T's items are moved into D, and D is flushed;
-//   4. A and the now empty T are deleted.
+//   1. the complete new package T is written beside the destination D and flushed; sounds that D
+//      already holds are hard-linked into T rather than copied, so a save over the world's own
+//      package needs no room for them and takes no time for them;
+//   2. T and D are exchanged in one step (renameat2 with RENAME_EXCHANGE): D's path now names the
+//      new world, T's the old one;
+//   3. the parent folder is flushed, and T, the old world, is deleted.
 //
-// At every moment either D, A or T holds a complete world: during step 2 T is complete, during
-// step 3 A holds the complete old world. When a move fails the moves already made are undone in
-// reverse (T's items back out of D, then A's back into D); T is deleted only when D holds its old
-// contents again. When undoing fails too, nothing at all is deleted and the save reports the
-// failure: the user finds the new world in T and the old one in D and A.
+// T's name depends only on D's name, so whatever an interrupted save left beside D is found again by
+// the next save or open of D: while D is whole the leftover is an unfinished or old copy and goes;
+// were D ever not whole, a whole leftover takes its place. File systems that cannot exchange get
+// the older way through an "aside" folder: D's items are moved aside and T's moved in, each step
+// undone in reverse when one fails.
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QStringList>
 #include <cerrno>
 #include <cstdlib>
+#include <functional>
 #include <vector>
 
 #include "core/files/morefilesx.h"
@@ -56,11 +57,47 @@ OSStatus createTempDirectory(const FSRef& parent, FSRef& out) {
     }
 }
 
-// Copies `source` into `directory` and notes the copy, to be flushed with the others.
-OSStatus copyIntoPackage(const FSRef& source, const FSRef& directory, std::vector<FSRef>& copies) {
-    const OSStatus status = myCopyFileDataForkAndType(source, directory);
-    if (status != noErr) return status;
-    copies.push_back(FSRef{nativepath::join(directory.path, FSGetName(source))});
+}  // namespace
+
+QString World::copyTempPackageName(const QString& destinationName) {
+    std::uint32_t hash = 2166136261u;
+    for (const QChar c : destinationName) {
+        hash ^= c.unicode();
+        hash *= 16777619u;
+    }
+    return QLatin1String(World::TEMP_PREFIX) + QString::number(hash & 0x7fffffffu) + extensionSuffix();
+}
+
+namespace {
+
+// A package whose description is in place: the description is written after every sound, so a
+// package that has it is whole.
+bool isWholePackage(const FSRef& package) {
+    struct stat info {};
+    const QByteArray path = nativepath::encode(nativepath::join(package.path, QLatin1String(World::DATA_FILE_NAME)));
+    return ::lstat(path.constData(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+// Puts `source` into `directory` and notes the new file, to be flushed with the others. A file of the
+// package being replaced is hard-linked: that package goes once the new one is in place, so the link
+// is soon the file's only name, and the save needs neither room nor time for it. Copying remains for
+// files from elsewhere and across file systems.
+OSStatus copyIntoPackage(const FSRef& source, const FSRef& directory, std::vector<FSRef>& copies,
+                         const FSRef& replacedPackage, const std::function<bool()>& cancelled) {
+    if (cancelled && cancelled()) return userCanceledErr;
+    const FSRef target{nativepath::join(directory.path, FSGetName(source))};
+    bool linked = false;
+    if (!replacedPackage.path.isEmpty() && FSIsInside(source, replacedPackage)) {
+        if (::link(nativepath::encode(source.path).constData(), nativepath::encode(target.path).constData()) == 0)
+            linked = true;
+        else if (errno == EEXIST)
+            return dupFNErr;
+    }
+    if (!linked) {
+        const OSStatus status = myCopyFileDataForkAndType(source, directory);
+        if (status != noErr) return status;
+    }
+    copies.push_back(target);
     return noErr;
 }
 
@@ -225,7 +262,7 @@ OSStatus World::savePackageContents(const FSRef& package) {
         status = FSResolveAlias(*pictureFileAlias, pictureFile);
         if (status == noErr) {
             plistSetString(root, PICTURE_FILENAME_KEY, FSGetName(pictureFile));
-            status = copyIntoPackage(pictureFile, package, copies);
+            status = copyIntoPackage(pictureFile, package, copies, packageBeingReplaced, saveCanceller);
         }
     }
 
@@ -242,7 +279,7 @@ OSStatus World::savePackageContents(const FSRef& package) {
             plistSetString(static_cast<plist_t>(entry.get()), SOUND_FILENAME_KEY, FSGetName(file));
             plistSetDouble(static_cast<plist_t>(entry.get()), LOOP_SOUND_VOLUME_KEY, sound.volume);
             plistAppend(static_cast<plist_t>(loopArray.get()), std::move(entry));
-            status = copyIntoPackage(file, loopDirectory, copies);
+            status = copyIntoPackage(file, loopDirectory, copies, packageBeingReplaced, saveCanceller);
         }
         plistSetNode(root, LOOP_SOUNDS_ARRAY_KEY, std::move(loopArray));
     }
@@ -270,11 +307,12 @@ OSStatus World::savePackageContents(const FSRef& package) {
             plistSetInt32(entryNode, ENVIRONMENT_SOUND_MAX_INTERVAL_KEY, sound.settings.maxInterval);
             plistSetInt32(entryNode, ENVIRONMENT_SOUND_GROUP_INDEX_KEY, groupIndex);
             plistAppend(static_cast<plist_t>(environmentArray.get()), std::move(entry));
-            status = copyIntoPackage(file, environmentDirectory, copies);
+            status = copyIntoPackage(file, environmentDirectory, copies, packageBeingReplaced, saveCanceller);
         }
         plistSetNode(root, ENVIRONMENT_SOUNDS_ARRAY_KEY, std::move(environmentArray));
     }
 
+    if (status == noErr && saveCanceller && saveCanceller()) status = userCanceledErr;
     if (status == noErr) {
         FSRef dataFile;
         status = FSCreateFileUnicode(package, QLatin1String(DATA_FILE_NAME), &dataFile);
@@ -293,14 +331,43 @@ OSStatus World::savePackageContents(const FSRef& package) {
 
 OSStatus World::saveToTempUniqueNamePackage(const FSRef& parent, FSRef& out) {
     OSStatus status = createTempDirectory(parent, out);
-    if (status != noErr) return status;
-    status = savePackageContents(out);
+    if (status == noErr) status = fillTempPackage(parent, out);
+    return status;
+}
+
+OSStatus World::createTempPackageFor(const FSRef& parent, const QString& packageName, FSRef& temp) {
+    const OSStatus status = FSCreateDirectoryUnicode(parent, copyTempPackageName(packageName), &temp);
+    // A leftover that recovery kept (neither it nor the package is whole) is not ours to remove.
+    return status == dupFNErr ? createTempDirectory(parent, temp) : status;
+}
+
+OSStatus World::fillTempPackage(const FSRef& parent, const FSRef& temp) {
+    OSStatus status = savePackageContents(temp);
     if (status == noErr) status = FSSyncObject(parent);
-    if (status != noErr) {
-        FSDeleteContainer(out);
-        return status;
+    if (status != noErr) FSDeleteContainer(temp);
+    return status;
+}
+
+void World::recoverInterruptedSave(const FSRef& parent, const QString& packageName) {
+    FSRef leftover;
+    if (FSMakeFSRefCFString(parent, copyTempPackageName(packageName), kTextEncodingUnknown, leftover) != noErr) return;
+    const FSRef package{nativepath::join(parent.path, packageName)};
+    bool isDirectory = false;
+    if (FSIsDirectory(leftover, isDirectory) != noErr || !isDirectory) return;
+    FSRef existing;
+    const bool packageThere = FSPathMakeRef(package.path, existing) == noErr;
+    if (isWholePackage(package) || (!packageThere && !isWholePackage(leftover))) {
+        // An unfinished or an old copy: the package, or nothing, is what the person saved.
+        FSDeleteContainer(leftover);
+    } else if (isWholePackage(leftover)) {
+        // The leftover is the only whole copy: it takes the package's place, and what stood there goes.
+        if (!packageThere) {
+            FSRenameUnicode(leftover, packageName, nullptr);
+        } else if (FSExchangeObjects(leftover, existing) == noErr) {
+            FSDeleteContainer(leftover);
+        }
     }
-    return noErr;
+    FSSyncObject(parent);
 }
 
 bool World::isLoadedPackage(const FSRef& package) const {
@@ -322,55 +389,88 @@ void World::reloadFromSavedPackage(const FSRef& package, bool wasPlaying) {
 
 OSStatus World::doSaveAs(const FSRef& parent, const QString& packageName) {
     const bool wasPlaying = isPlaying();
+    keptPreviousVersion.clear();
+    recoverInterruptedSave(parent, packageName);
 
     FSRef existing;
     OSStatus status = FSMakeFSRefCFString(parent, packageName, kTextEncodingUnknown, existing);
     if (status == fnfErr) {
-        FSRef created;
-        status = FSCreateDirectoryUnicode(parent, packageName, &created);
+        // Written under the temporary name and renamed into place whole, so that a save killed
+        // half-way never leaves a package without its description under the chosen name.
+        FSRef temp;
+        status = createTempPackageFor(parent, packageName, temp);
+        if (status == noErr) status = fillTempPackage(parent, temp);
         if (status != noErr) return status;
-        status = savePackageContents(created);
-        if (status == noErr) status = FSSyncObject(parent);
+        FSRef created;
+        status = FSRenameUnicode(temp, packageName, &created);
         if (status != noErr) {
-            FSDeleteContainer(created);
+            FSDeleteContainer(temp);
             return status;
         }
+        status = FSSyncObject(parent);
         reloadFromSavedPackage(created, wasPlaying);
-        return noErr;
+        if (status != noErr) modified = true;
+        return status;
     }
     if (status != noErr) return status;
 
-    const bool overOwnPackage = isLoadedPackage(existing);
-    if (overOwnPackage && numMovies > 0) return doSave();
+    if (isLoadedPackage(existing) && numMovies > 0) return doSave();
+    return saveOverExisting(parent, packageName, existing, wasPlaying);
+}
 
+OSStatus World::saveOverExisting(const FSRef& parent, const QString& packageName, const FSRef& existing,
+                                 bool wasPlaying) {
+    bool isDirectory = false;
+    OSStatus status = FSIsDirectory(existing, isDirectory);
+    if (status != noErr) return status;
+    if (!isDirectory) {
+        FSRef temp;
+        status = saveToTempUniqueNamePackage(parent, temp);
+        if (status != noErr) return status;
+        FSRef saved;
+        status = replaceFileWithPackage(parent, existing, temp, packageName, saved);
+        if (status == noErr) reloadFromSavedPackage(saved, wasPlaying);
+        return status;
+    }
+
+    recoverInterruptedSave(parent, packageName);
     FSRef temp;
-    status = saveToTempUniqueNamePackage(parent, temp);
+    status = createTempPackageFor(parent, packageName, temp);
+    if (status != noErr) return status;
+    packageBeingReplaced = existing;
+    status = fillTempPackage(parent, temp);
+    packageBeingReplaced = FSRef{};
     if (status != noErr) return status;
 
-    bool isDirectory = false;
-    status = FSIsDirectory(existing, isDirectory);
+    status = FSExchangeObjects(temp, existing);
+    if (status == unimpErr) {
+        // Moving items out of the package: nothing of it may be held open on the way.
+        if (isLoadedPackage(existing)) releasePackageFiles();
+        bool swapped = false;
+        status = replaceDirectoryContents(parent, existing, temp, swapped);
+        // Once swapped, the destination holds the world as saved, even when the save then failed.
+        if (status == noErr || swapped) reloadFromSavedPackage(existing, wasPlaying);
+        if (status != noErr && swapped) modified = true;
+        return status;
+    }
     if (status != noErr) {
         FSDeleteContainer(temp);
         return status;
     }
 
-    FSRef saved = existing;
-    bool swapped = false;
-    if (isDirectory) {
-        // Even with no sound loaded the picture file of the package is held open.
-        if (overOwnPackage) releasePackageFiles();
-        status = replaceDirectoryContents(parent, existing, temp, swapped);
-    } else {
-        status = replaceFileWithPackage(parent, existing, temp, packageName, saved);
+    // The package's path now names the new world and `temp` the old one. Until the parent's flush
+    // is done a crash of the machine could bring the old one back, so the old copy stays then, named
+    // to the person, and the world counts as unsaved.
+    const OSStatus flushed = FSSyncObject(parent);
+    if (flushed != noErr) {
+        keptPreviousVersion = temp.path;
+        reloadFromSavedPackage(existing, wasPlaying);
+        modified = true;
+        return flushed;
     }
-    if (status != noErr) {
-        // Once swapped, the destination holds the world as saved: the world is loaded from there
-        // even though the save reports its failure.
-        if (swapped) reloadFromSavedPackage(saved, wasPlaying);
-        return status;
-    }
-
-    reloadFromSavedPackage(saved, wasPlaying);
+    FSDeleteContainer(temp);
+    FSSyncObject(parent);
+    reloadFromSavedPackage(existing, wasPlaying);
     return noErr;
 }
 
@@ -382,28 +482,10 @@ OSStatus World::doSave() {
     FSRef parent;
     status = FSGetParentRef(package, parent);
     if (status != noErr) return status;
-
-    const bool wasPlaying = isPlaying();
-    stop();
-    releasePackageFiles();
-
-    // Loading a package clears `modified`, so a failed save finds it clear exactly when the world was
-    // loaded again from the saved package (the failure came after the swap); it then plays as before.
-    const bool wasModified = modified;
-    modified = true;
-    status = doSaveAs(parent, FSGetName(package));
-    if (status != noErr) {
-        if (!modified) {
-            if (wasPlaying) start();
-        } else {
-            modified = wasModified;
-        }
-        return status;
-    }
-    start();
-    if (!wasPlaying) stop();
-    modified = false;
-    return noErr;
+    keptPreviousVersion.clear();
+    // An open file outlives its name being given to another, so the world keeps playing from the old
+    // package while the new one is written and exchanged; only the reload stops it.
+    return saveOverExisting(parent, FSGetName(package), package, isPlaying());
 }
 
 QString World::copyDefaultSaveAsFilename(bool withExtension) const {

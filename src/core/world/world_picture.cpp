@@ -1,11 +1,7 @@
 // The world's picture: the alias of its file, the file held open while it is the picture, and the
 // image decoded on first use.
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
-
-#include <QFile>
 
 #include "core/picture/pictureutils.h"
 #include "core/strings/stringresources.h"
@@ -15,20 +11,11 @@ namespace sylvora {
 
 namespace {
 
-// Opens the picture's data for reading. A folder has no data to read, so it is refused as the
-// platform's fork call refuses it.
+// Opens the picture's data for reading. Only a regular file has a picture to read: a folder, a FIFO
+// (which would block the open) or a device is refused as the platform's fork call refuses it.
 int openPictureFork(const FSRef& ref) {
-    const QByteArray path = QFile::encodeName(ref.path);
-    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        return -1;
-    }
-    struct stat info{};
-    if (::fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
-        ::close(fd);
-        return -1;
-    }
-    return fd;
+    int fd = -1;
+    return FSOpenRegularFile(ref, fd) == noErr ? fd : -1;
 }
 
 }  // namespace

@@ -299,11 +299,18 @@ TEST(AliasVolumes, WorldOnAnUnmountedFileSystemIsNoSuchVolumeAndStaysKnown) {
     EXPECT_EQ(menu.items, 1);
     EXPECT_EQ(FSResolveAlias(*prefs.getIndKnownWorldAlias(0), out), nsvErr);
 
-    // And at the next launch, still under its name.
+    // The unplugged world first in the list hides none after it: a world met again and again (at
+    // every load and menu opening) is found, not added once more each time.
+    const AliasHandle other = storedAliasOf(dir.makeDir("Other.sylvora"));
+    for (int meeting = 0; meeting < 3; ++meeting) prefs.updateKnownWorlds(other.get(), QStringLiteral("Other"));
+    EXPECT_EQ(prefs.getNumKnownWorlds(), 2);
+    EXPECT_TRUE(prefs.isAKnownWorld(refOf(dir.filePath("Other.sylvora"))));
+
+    // And at the next launch, still under its name, and still once.
     prefs.savePreferences();
     Preferences nextRun(dir.filePath("prefs.ini"));
     nextRun.loadPreferences();
-    ASSERT_EQ(nextRun.getNumKnownWorlds(), 1);
+    ASSERT_EQ(nextRun.getNumKnownWorlds(), 2);
     EXPECT_EQ(nextRun.getIndKnownWorldName(0), QStringLiteral("Rain"));
 }
 

@@ -1,6 +1,7 @@
 // Saves that fail or are killed at every step of replacing a package must leave a complete world
-// on disk. The file-system calls a save makes to move items (renameat2) and to flush them (fsync)
-// are interposed for this executable: armed, they fail or kill the process at the N-th call.
+// on disk, at the package's own path. The file-system calls a save makes to exchange packages
+// (renameat2), to flush them (fsync) and to delete what it no longer needs (unlinkat) are interposed
+// for this executable: armed, they fail or kill the process at the N-th call.
 
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -30,6 +31,7 @@ struct Injection {
 };
 Injection gRenames;
 Injection gSyncs;
+Injection gDeletes;
 
 bool injectFault(Injection& injection) {
     if (!injection.armed) return false;
@@ -48,6 +50,11 @@ extern "C" int renameat2(int oldDirectory, const char* oldPath, int newDirectory
                          unsigned int flags) noexcept {
     if (injectFault(gRenames)) return -1;
     return static_cast<int>(::syscall(SYS_renameat2, oldDirectory, oldPath, newDirectory, newPath, flags));
+}
+
+extern "C" int unlinkat(int directory, const char* path, int flags) noexcept {
+    if (injectFault(gDeletes)) return -1;
+    return static_cast<int>(::syscall(SYS_unlinkat, directory, path, flags));
 }
 
 extern "C" int fsync(int fd) {
@@ -157,7 +164,7 @@ protected:
     QMap<QString, QByteArray> old;
 };
 
-TEST_F(PackageFault, FailedMoveAtAnyStepPutsTheOldPackageBack) {
+TEST_F(PackageFault, FailedExchangeKeepsTheOldPackageAndThePlayingWorld) {
     int failedSaves = 0;
     for (int step = 1; step < 64; ++step) {
         SCOPED_TRACE(step);
@@ -173,12 +180,14 @@ TEST_F(PackageFault, FailedMoveAtAnyStepPutsTheOldPackageBack) {
         }
         ++failedSaves;
         EXPECT_TRUE(session.world.getModified());
+        EXPECT_TRUE(session.world.isPlaying()) << "a failed save never stops the world";
+        EXPECT_EQ(session.world.getName(), QStringLiteral("New"));
         EXPECT_EQ(snapshotTree(package), old);
         EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
     }
-    // Every item of the old package goes aside and every item of the new one comes in.
-    EXPECT_GE(failedSaves, 6);
+    EXPECT_GE(failedSaves, 1);
 }
+
 
 TEST_F(PackageFault, FailedUndoKeepsEveryCompleteCopy) {
     for (int step = 1; step < 64; ++step) {
@@ -198,10 +207,10 @@ TEST_F(PackageFault, FailedUndoKeepsEveryCompleteCopy) {
     }
 }
 
-// The flush that makes the swapped-in world durable fails: the save reports it, the world is loaded
-// from the destination and plays on, and the aside copy of the old world is the only temporary
-// folder left.
-TEST_F(PackageFault, FailedFlushAfterTheSwapKeepsTheSavedWorldLoadedAndTheOldAside) {
+// The flush that makes the exchanged-in world durable fails: the save reports it and the world,
+// loaded from the package, still counts as unsaved, so quitting asks; the old version is kept beside
+// it, named to the person, until a later save succeeds and removes it.
+TEST_F(PackageFault, FailedFlushAfterTheSwapKeepsTheWorldUnsavedAndTheOldVersionNamed) {
     int failuresAfterSwap = 0;
     for (int step = 1; step < 64; ++step) {
         SCOPED_TRACE(step);
@@ -212,26 +221,38 @@ TEST_F(PackageFault, FailedFlushAfterTheSwapKeepsTheSavedWorldLoadedAndTheOldAsi
         const OSStatus status = session.world.doSave();
         gSyncs.armed = false;
         if (status == noErr) break;
-        Session checker;
-        if (contentOf(checker.world, package) != Content::New) continue;  // failed before the swap
+        EXPECT_TRUE(session.world.getModified());
+        const QString kept = session.world.getKeptPreviousVersion();
+        if (kept.isEmpty()) {
+            // Failed before the swap: nothing but the old package.
+            EXPECT_EQ(snapshotTree(package), old);
+            EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
+            continue;
+        }
         ++failuresAfterSwap;
+        EXPECT_EQ(tempPackagesIn(dir.path()), QStringList{QFileInfo(kept).fileName()});
+        Session checker;
+        EXPECT_EQ(contentOf(checker.world, kept), Content::Old);
         EXPECT_EQ(session.world.getName(), QStringLiteral("New"));
-        EXPECT_FALSE(session.world.getModified());
         EXPECT_TRUE(session.world.isPlaying());
         EXPECT_EQ(session.world.getNumEnvironmentSounds(), 2);
         FSRef loaded;
         ASSERT_EQ(FSResolveAlias(*session.world.getPackageAlias(), loaded), noErr);
         EXPECT_EQ(loaded.path, package);
-        const QStringList temps = tempPackagesIn(dir.path());
-        ASSERT_EQ(temps.size(), 1);
-        EXPECT_EQ(contentOf(checker.world, dir.filePath(temps.front())), Content::Old);
+        EXPECT_EQ(contentOf(checker.world, package), Content::New);
+
+        ASSERT_EQ(session.world.doSave(), noErr);
+        EXPECT_FALSE(session.world.getModified());
+        EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
     }
     EXPECT_EQ(failuresAfterSwap, 1);
 }
 
-TEST_F(PackageFault, KilledSaveLeavesACompleteWorldOnDisk) {
+// Killed at any exchange, flush or deletion, a save leaves the package's own path holding a whole
+// world, old or new; the next open of the package removes whatever the save left beside it.
+TEST_F(PackageFault, KilledSaveLeavesAWholeWorldAtItsPathAndNothingAfterTheNextOpen) {
     int kills = 0;
-    for (Injection* injection : {&gSyncs, &gRenames}) {
+    for (Injection* injection : {&gSyncs, &gRenames, &gDeletes}) {
         for (int step = 1; step < 64; ++step) {
             SCOPED_TRACE(step);
             restore();
@@ -246,11 +267,13 @@ TEST_F(PackageFault, KilledSaveLeavesACompleteWorldOnDisk) {
             }
             int waitStatus = 0;
             ASSERT_EQ(::waitpid(child, &waitStatus, 0), child);
-            const std::vector<Content> found = completeWorlds();
-            EXPECT_FALSE(found.empty()) << "no complete world after a kill at call " << step;
+            Session checker;
+            const Content atPath = contentOf(checker.world, package);
+            EXPECT_NE(atPath, Content::None) << "no whole world at the package's path after a kill at call " << step;
+            EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty()) << "the open removed the leftover";
             if (WIFEXITED(waitStatus)) {
                 EXPECT_EQ(WEXITSTATUS(waitStatus), 0);
-                EXPECT_EQ(found, std::vector<Content>{Content::New});
+                EXPECT_EQ(atPath, Content::New);
                 break;
             }
             ASSERT_TRUE(WIFSIGNALED(waitStatus));

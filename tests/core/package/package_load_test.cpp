@@ -1,5 +1,9 @@
+#include <sys/stat.h>
+
 #include <QFile>
 #include <QFileInfo>
+#include <functional>
+#include <vector>
 
 #include "core/package/plist.h"
 #include "packagetestfixture.h"
@@ -356,6 +360,96 @@ TEST_F(PackageLoad, UnusableDescriptionsGiveTheirStatusAndAnEmptyWorld) {
     const QString folderData = dir.makeDir(QStringLiteral("Folder.sylvora/data.plist"));
     EXPECT_NE(load(QFileInfo(folderData).path()), noErr);
     EXPECT_EQ(world.getPackageAlias(), nullptr);
+}
+
+// A hostile package can neither hang the loader, feed it without end, nor reach outside itself:
+// what is not a regular file inside the package is refused as missing, an oversized or too deeply
+// nested description as unreadable. Each case must return at all (a FIFO would block for good).
+TEST_F(PackageLoad, HostileEntriesAreRefusedWithoutWaiting) {
+    const QString sound = QStringLiteral("wind.wav");
+    const QString outside = writeSound(QStringLiteral("elsewhere/outside.wav"));
+    const QString outsidePlist = dir.filePath(QStringLiteral("elsewhere/data.plist"));
+    {
+        QFile plistFile(outsidePlist);
+        ASSERT_TRUE(plistFile.open(QIODevice::WriteOnly));
+        plistFile.write(xmlPlist(QStringLiteral("<key>Name</key><string>Outside</string>")));
+    }
+    const auto fifo = [](const QString& path) { ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0644), 0); };
+    const auto link = [](const QString& target, const QString& path) { ASSERT_TRUE(QFile::link(target, path)); };
+    const auto write = [](const QString& path, const QByteArray& bytes) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(bytes);
+    };
+    QByteArray deep = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Loop Sounds</key>";
+    for (int i = 0; i < 200000; ++i) deep += "<array>";
+
+    struct Case {
+        const char* what;
+        std::function<void(const QString& package)> spoil;
+        OSStatus result;
+        int loopSounds;
+        bool picture;
+    };
+    const QByteArray plist = xmlPlist(QStringLiteral("<key>Picture File Name</key><string>cover.png</string>"
+                                                     "<key>Loop Sounds</key><array><dict><key>File Name</key>"
+                                                     "<string>wind.wav</string></dict></array>"));
+    const std::vector<Case> cases = {
+        {"untouched", [](const QString&) {}, noErr, 1, true},
+        {"a link that stays inside",
+         [&](const QString& p) {
+             QFile::rename(p + "/Loop Sounds/wind.wav", p + "/wind-data.wav");
+             link("../wind-data.wav", p + "/Loop Sounds/wind.wav");
+         },
+         noErr, 1, true},
+        {"data.plist a FIFO", [&](const QString& p) { QFile::remove(p + "/data.plist"), fifo(p + "/data.plist"); }, fnfErr, 0, false},
+        {"data.plist linked to /dev/zero",
+         [&](const QString& p) { QFile::remove(p + "/data.plist"), link("/dev/zero", p + "/data.plist"); }, fnfErr, 0, false},
+        {"data.plist linked out", [&](const QString& p) { QFile::remove(p + "/data.plist"), link(outsidePlist, p + "/data.plist"); },
+         fnfErr, 0, false},
+        {"data.plist of 20 MB", [&](const QString& p) { write(p + "/data.plist", plist + QByteArray(20 << 20, ' ')); },
+         unreadablePropertyListErr, 0, false},
+        {"200,000 nested arrays", [&](const QString& p) { write(p + "/data.plist", deep); }, unreadablePropertyListErr, 0, false},
+        {"sound a FIFO", [&](const QString& p) { QFile::remove(p + "/Loop Sounds/wind.wav"), fifo(p + "/Loop Sounds/wind.wav"); },
+         noErr, 0, true},
+        {"sound linked to /dev/zero",
+         [&](const QString& p) { QFile::remove(p + "/Loop Sounds/wind.wav"), link("/dev/zero", p + "/Loop Sounds/wind.wav"); },
+         noErr, 0, true},
+        {"sound linked out",
+         [&](const QString& p) { QFile::remove(p + "/Loop Sounds/wind.wav"), link(outside, p + "/Loop Sounds/wind.wav"); },
+         noErr, 0, true},
+        {"picture a FIFO", [&](const QString& p) { QFile::remove(p + "/cover.png"), fifo(p + "/cover.png"); }, noErr, 1, false},
+        {"picture linked out", [&](const QString& p) { QFile::remove(p + "/cover.png"), link(outside, p + "/cover.png"); },
+         noErr, 1, false},
+    };
+    int n = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const QString name = QStringLiteral("Hostile %1.sylvora").arg(++n);
+        const QString package = makePackage(name, plist, {sound});
+        writePicture(name + QStringLiteral("/cover.png"));
+        c.spoil(package);
+        EXPECT_EQ(load(package), c.result);
+        EXPECT_EQ(world.getNumLoopSounds(), c.loopSounds);
+        EXPECT_EQ(world.getPictureFileAlias() != nullptr, c.picture);
+    }
+}
+
+TEST(PlistNesting, ContainersDeeperThanTheBoundAreRefusedInBothForms) {
+    for (const int depth : {PLIST_MAX_NESTING, PLIST_MAX_NESTING + 1}) {
+        SCOPED_TRACE(depth);
+        const PlistPtr root(plist_new_array());
+        plist_t innermost = static_cast<plist_t>(root.get());
+        for (int level = 1; level < depth; ++level) {
+            plist_t child = plist_new_array();
+            plist_array_append_item(innermost, child);
+            innermost = child;
+        }
+        plist_array_append_item(innermost, plist_new_string("deepest"));
+        const bool within = depth <= PLIST_MAX_NESTING;
+        EXPECT_EQ(plistParse(plistToXml(static_cast<plist_t>(root.get()))) != nullptr, within);
+        EXPECT_EQ(plistParse(plistToBinary(static_cast<plist_t>(root.get()))) != nullptr, within);
+    }
 }
 
 }  // namespace

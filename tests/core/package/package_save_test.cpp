@@ -154,7 +154,8 @@ TEST_F(PackageSave, SavingOverTheLoadedPackageKeepsItsIdentity) {
     buildWorld();
     ASSERT_EQ(saveAs(QStringLiteral("Forest.sylvora")), noErr);
     const QString package = dir.filePath(QStringLiteral("Forest.sylvora"));
-    const quint64 inode = inodeOf(package);
+    const QString owl = package + QStringLiteral("/Environment Sounds/owl.wav");
+    const quint64 owlInode = inodeOf(owl);
     const AliasHandle aliasBefore = aliasOf(package);
 
     for (const bool playing : {true, false}) {
@@ -167,7 +168,7 @@ TEST_F(PackageSave, SavingOverTheLoadedPackageKeepsItsIdentity) {
 
         ASSERT_EQ(world.doSave(), noErr);
         EXPECT_EQ(folderEntries(dir.path()), (QStringList{QStringLiteral("Forest.sylvora"), QStringLiteral("sources")}));
-        EXPECT_EQ(inodeOf(package), inode);
+        EXPECT_EQ(inodeOf(owl), owlInode) << "an unchanged sound is linked into the new package, not copied";
         EXPECT_TRUE(resolvesTo(*aliasBefore, package));
         EXPECT_EQ(world.isPlaying(), playing);
         EXPECT_FALSE(world.getModified());
@@ -209,17 +210,48 @@ TEST_F(PackageSave, SaveAsOverTheLoadedPackageReleasesAnOpenPictureFirst) {
     world.setPictureFileAlias(aliasOf(writePicture(QStringLiteral("sources/cover.png"))).get());
     ASSERT_EQ(saveAs(QStringLiteral("Picture.sylvora")), noErr);
     const QString package = dir.filePath(QStringLiteral("Picture.sylvora"));
-    const quint64 inode = inodeOf(package);
+    const quint64 inode = inodeOf(package + QStringLiteral("/cover.png"));
     ASSERT_EQ(world.getNumMovies(), 0);
     world.setAuthor(QStringLiteral("Ben"));
 
     ASSERT_EQ(saveAs(QStringLiteral("Picture.sylvora")), noErr);
-    EXPECT_EQ(inodeOf(package), inode);
+    EXPECT_EQ(inodeOf(package + QStringLiteral("/cover.png")), inode);
     EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
     EXPECT_TRUE(QFileInfo::exists(package + QStringLiteral("/cover.png")));
     ASSERT_NE(world.getPictureFileAlias(), nullptr);
     EXPECT_FALSE(world.getPicture().isNull());
     EXPECT_EQ(world.getAuthor(), QStringLiteral("Ben"));
+}
+
+// What an interrupted save left beside a package: removed when the package is whole, put in its
+// place when the package is broken or gone and the leftover is whole, kept when neither is whole.
+TEST_F(PackageSave, OpeningTidiesOrRestoresWhatAnInterruptedSaveLeft) {
+    buildWorld();
+    ASSERT_EQ(saveAs(QStringLiteral("Forest.sylvora")), noErr);
+    const QString package = dir.filePath(QStringLiteral("Forest.sylvora"));
+    const QString leftover = dir.filePath(World::copyTempPackageName(QStringLiteral("Forest.sylvora")));
+    const auto whole = snapshotTree(package);
+    struct Case {
+        const char* what;
+        bool packageWhole, leftoverWhole;
+        OSStatus loaded;
+        bool leftoverStays;
+    };
+    for (const Case& c : {Case{"both whole", true, true, noErr, false}, Case{"an unfinished leftover", true, false, noErr, false},
+                          Case{"a broken package", false, true, noErr, false},
+                          Case{"neither whole", false, false, fnfErr, true}}) {
+        SCOPED_TRACE(c.what);
+        QDir(leftover).removeRecursively();
+        ASSERT_EQ(::system(qPrintable(QStringLiteral("cp -a '%1' '%2'").arg(package, leftover))), 0);
+        if (!c.leftoverWhole) QFile::remove(leftover + QStringLiteral("/data.plist"));
+        if (!c.packageWhole) QFile::remove(package + QStringLiteral("/data.plist"));
+        world.resetToInitialState();
+        EXPECT_EQ(load(package), c.loaded);
+        EXPECT_EQ(QFileInfo::exists(leftover), c.leftoverStays);
+        if (c.loaded == noErr) {
+            EXPECT_EQ(snapshotTree(package), whole);
+        }
+    }
 }
 
 TEST_F(PackageSave, SaveWithoutAPackageAsksForAName) {
@@ -244,7 +276,7 @@ TEST_F(PackageSave, FailingSaveLeavesTheExistingPackageUntouched) {
     EXPECT_EQ(snapshotTree(package), before);
     EXPECT_TRUE(tempPackagesIn(dir.path()).isEmpty());
     EXPECT_TRUE(world.getModified());
-    EXPECT_FALSE(world.isPlaying());
+    EXPECT_TRUE(world.isPlaying()) << "a failed save never stops the world";
 
     EXPECT_EQ(saveAs(QStringLiteral("Copy.sylvora")), fnfErr);
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Copy.sylvora"))));

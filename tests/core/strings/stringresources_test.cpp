@@ -26,6 +26,20 @@ TEST(StringTables, EveryKeyHasATextAndFormatsTakeTheirArguments) {
     EXPECT_EQ(misc(GET_INFO_WINDOW_TITLE_FORMAT_STRING_KEY).arg(QStringLiteral("Rainforest")), "Rainforest Info");
 }
 
+// Every status a person can meet is said in words, the number after them.
+TEST(StringTables, StatusesAreSaidInWordsThenTheirNumber) {
+    for (const OSStatus status : {unreadablePropertyListErr, dskFulErr, nsvErr, ioErr, fnfErr, wPrErr, dupFNErr, paramErr,
+                                  permErr, dirNFErr, movieListFullErr}) {
+        const QString words = copyStatusExplanation(status);
+        EXPECT_FALSE(words.isEmpty()) << status;
+        EXPECT_EQ(copyStatusDescription(status), QStringLiteral("%1 (%2)").arg(words).arg(status));
+    }
+    EXPECT_EQ(copyStatusDescription(dskFulErr), "the disk is full (-34)");
+    EXPECT_EQ(copyStatusDescription(-12345), "error -12345");
+    EXPECT_EQ(capitalizedFirstLetter(QStringLiteral("the disk")), "The disk");
+    EXPECT_EQ(capitalizedFirstLetter(QString()), "");
+}
+
 TEST(StringTables, MissingEntriesAndTablesFallBackToTheKey) {
     EXPECT_EQ(misc("No Such Key"), "No Such Key");
     EXPECT_EQ(misc(UNKNOWN_ERROR_OPENING_WORLD), UNKNOWN_ERROR_OPENING_WORLD) << "a key of the other table";

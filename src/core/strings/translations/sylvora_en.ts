@@ -12,48 +12,60 @@
         <translation>The world could not be saved.</translation>
     </message>
     <message>
+        <source>Error Saving Named World</source>
+        <translation>“%1” could not be saved.</translation>
+    </message>
+    <message>
+        <source>Previous Version Kept</source>
+        <translation>The disk could not confirm that the new version is stored, so the previous version of the world is kept at “%1”.</translation>
+    </message>
+    <message>
         <source>Status -34</source>
-        <translation>The disk is full.</translation>
+        <translation>the disk is full</translation>
     </message>
     <message>
         <source>Status -35</source>
-        <translation>The drive that holds it is not connected.</translation>
+        <translation>the drive that holds it is not connected</translation>
     </message>
     <message>
         <source>Status -36</source>
-        <translation>A file could not be read or written.</translation>
+        <translation>a file could not be read or written</translation>
     </message>
     <message>
         <source>Status -43</source>
-        <translation>File not found.</translation>
+        <translation>a file it needs is missing</translation>
     </message>
     <message>
         <source>Status -44</source>
-        <translation>The disk is write-protected.</translation>
+        <translation>the disk is read-only</translation>
     </message>
     <message>
         <source>Status -48</source>
-        <translation>Something of that name is already there.</translation>
+        <translation>something of that name is already there</translation>
     </message>
     <message>
         <source>Status -50</source>
-        <translation>A name or value was not acceptable.</translation>
+        <translation>a name or value is not acceptable</translation>
     </message>
     <message>
         <source>Status -54</source>
-        <translation>You do not have permission to do this.</translation>
+        <translation>the folder or file is read-only for you</translation>
+    </message>
+    <message>
+        <source>Status -128</source>
+        <translation>it was interrupted</translation>
     </message>
     <message>
         <source>Status -120</source>
-        <translation>A folder was expected but is missing.</translation>
+        <translation>a folder it needs is missing</translation>
     </message>
     <message>
         <source>Status -1</source>
-        <translation>The world's data file is damaged or not a property list.</translation>
+        <translation>its description (data.plist) is damaged or not a property list</translation>
     </message>
     <message>
         <source>Status 32767</source>
-        <translation>The world has too many sounds to play at once.</translation>
+        <translation>the world has too many sounds to play at once</translation>
     </message>
 </context>
 <context>
