@@ -133,19 +133,19 @@ TEST_F(RenderWorld, InterruptedRenderLeavesTheOutputAsItWas) {
     for (const int signalNumber : {SIGINT, SIGTERM}) {
         SCOPED_TRACE(signalNumber);
         temp.writeFile(QStringLiteral("kept.wav"), "an earlier recording");
-        QProcess render;
-        render.start(QStringLiteral(SYLVORA_CLI_PATH), {"render", package, "-o", output, "--duration", "1000h"});
-        ASSERT_TRUE(render.waitForStarted(-1));
+        QProcess process;
+        process.start(QStringLiteral(SYLVORA_CLI_PATH), {"render", package, "-o", output, "--duration", "1000h"});
+        ASSERT_TRUE(process.waitForStarted(-1));
         // Under way once its hidden output appears beside the destination.
         const auto partials = [&] {
             return QDir(temp.path()).entryList({QStringLiteral(".kept.wav-partial-*")}, QDir::Files | QDir::Hidden);
         };
-        while (partials().isEmpty() && render.state() == QProcess::Running) QThread::msleep(20);
-        ::kill(static_cast<pid_t>(render.processId()), signalNumber);
-        ASSERT_TRUE(render.waitForFinished(-1));
-        EXPECT_EQ(render.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(render.exitCode(), 128 + signalNumber);
-        EXPECT_TRUE(QString::fromUtf8(render.readAllStandardError()).contains(QStringLiteral("interrupted")));
+        while (partials().isEmpty() && process.state() == QProcess::Running) QThread::msleep(20);
+        ::kill(static_cast<pid_t>(process.processId()), signalNumber);
+        ASSERT_TRUE(process.waitForFinished(-1));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 128 + signalNumber);
+        EXPECT_TRUE(QString::fromUtf8(process.readAllStandardError()).contains(QStringLiteral("interrupted")));
         QFile kept(output);
         ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
         EXPECT_EQ(kept.readAll(), QByteArray("an earlier recording"));
