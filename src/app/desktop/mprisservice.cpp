@@ -169,6 +169,7 @@ void MprisService::raise() { postCommand(command::GET_INFO); }
 void MprisService::quit() { postCommand(command::QUIT); }
 
 void MprisService::announceChanges() {
+    if (gCurrentWorld->isPlaying()) stoppedByStop_ = false;  // played again, by whatever means
     const QVariantMap now{
         {QStringLiteral("PlaybackStatus"), playbackStatus()},
         {QStringLiteral("Metadata"), metadata()},

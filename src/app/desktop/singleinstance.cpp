@@ -49,6 +49,12 @@ bool SingleInstance::handToRunningInstance(const QStringList& documents) {
     return socket.read(1) == "1";
 }
 
+bool SingleInstance::isRunning() {
+    QLocalSocket socket;
+    socket.connectToServer(serverName_);
+    return socket.waitForConnected(CONNECT_TIMEOUT_MS);
+}
+
 bool SingleInstance::listen() {
     QLocalServer::removeServer(serverName_);  // only a crashed instance leaves one: the probe failed
     return server_.listen(serverName_);

@@ -21,6 +21,8 @@ public:
 
     // [main] True when a running instance took `documents` (absolute paths; may be empty).
     bool handToRunningInstance(const QStringList& documents);
+    // [main] Whether another instance answers, without handing it anything.
+    bool isRunning();
     // [main] Starts answering later launches; a socket left behind by a crash is removed first.
     bool listen();
 

@@ -6,9 +6,11 @@
 #include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSlider>
 #include <QTabWidget>
 #include <QTimer>
+#include <utility>
 
 #include "app/editor/editorsoundlist.h"
 #include "app/editor/environmentsoundmodel.h"
@@ -79,6 +81,22 @@ WorldEditorWindow::WorldEditorWindow() : MyCarbonWindow(QStringLiteral("WorldEdi
     }
     wireSliders();
     wireButtons();
+    // Delete and Backspace on a list do what its Remove button does (not while a name is edited:
+    // the field in the list has the focus then).
+    using ListCommand = std::pair<QWidget*, CommandID>;
+    for (const auto& [list, remove] : {ListCommand{c.loopList, RMLS}, ListCommand{c.environmentList, RMES}}) {
+        for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Backspace}) {
+            auto* shortcut = new QShortcut(QKeySequence(key), list);
+            shortcut->setContext(Qt::WidgetShortcut);
+            QObject::connect(shortcut, &QShortcut::activated, window, [this, remove] {
+                handleCommand(remove);
+                ShellEvents::instance().notifyStateChanged();
+            });
+        }
+    }
+    // From each minimum to its maximum, as a person compares them.
+    QWidget::setTabOrder(c.minVolume, c.maxVolume);
+    QWidget::setTabOrder(c.minIntervalField, c.maxIntervalField);
     showTab(LOOP_SOUNDS_TAB);
     QObject::connect(c.tabs, &QTabWidget::currentChanged, window, [this](int index) { onTabChanged(index); });
     // A click on the tab already shown changes nothing Qt reports, and is still a hit on the tabs.

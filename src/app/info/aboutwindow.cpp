@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QPixmap>
+#include <QShortcut>
 
 #include "app/resources/appresources.h"
 #include "app/info/linklabel.h"
@@ -16,6 +17,9 @@ AboutWindow::AboutWindow() : MyCarbonWindow(QStringLiteral("AboutWindow")) {
     initApplicationResources();
     if (window == nullptr) return;
     addKeyEquivalents(*window);  // no menu bar here, and the commands are the application's
+    // A window with nothing to do but be read: Escape puts it away, as a dialog's would.
+    auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), window);
+    QObject::connect(escape, &QShortcut::activated, window, [this] { close(); });
     for (int id : {EMAIL_LINK_ID, WEB_LINK_ID}) {
         if (auto* link = qobject_cast<LinkLabel*>(myGetControlByID(CONTROLS_SIGNATURE, id))) {
             link->setLinkColor(NORMAL_LINK_COLOR);

@@ -7,6 +7,7 @@
 #include <QPainterPath>
 #include <QTimer>
 
+#include "app/info/controlstrip.h"
 #include "app/info/getinfowindowfont.h"
 #include "app/info/infoimageview.h"
 #include "app/info/infooverlay.h"
@@ -31,6 +32,7 @@ GetInfoWindow::GetInfoWindow() : MyCarbonWindow(QStringLiteral("GetInfoWindow"))
     attachMenuBar(*window);
     imageView = qobject_cast<InfoImageView*>(myGetControlByID(CONTROLS_SIGNATURE, IMAGE_VIEW_ID));
     toggleInfoButton = qobject_cast<QAbstractButton*>(myGetControlByID(CONTROLS_SIGNATURE, TOGGLE_INFO_BUTTON_ID));
+    controlStrip = qobject_cast<ControlStrip*>(myGetControlByID(CONTROLS_SIGNATURE, CONTROL_STRIP_ID));
     if (toggleInfoButton != nullptr) {
         if (QFile::exists(QString::fromLatin1(INFO_BUTTON_ICON_FILENAME))) {
             toggleInfoButton->setIcon(QIcon(QString::fromLatin1(INFO_BUTTON_ICON_FILENAME)));
@@ -101,9 +103,11 @@ void GetInfoWindow::updateDisplay() {
     if (imageView != nullptr) imageView->update();
     if (overlayWindow != nullptr) overlayWindow->update();
     if (window == nullptr) return;
+    // "[*]" is where the desktop marks unsaved changes (setWindowModified).
     window->setWindowTitle(
-        name.isEmpty() ? copyLocalizedString(GET_INFO_WINDOW_UNTITLED_TITLE_STRING_KEY, MISC_STRINGS_FILE)
-                       : copyLocalizedString(GET_INFO_WINDOW_TITLE_FORMAT_STRING_KEY, MISC_STRINGS_FILE).arg(name));
+        (name.isEmpty() ? copyLocalizedString(GET_INFO_WINDOW_UNTITLED_TITLE_STRING_KEY, MISC_STRINGS_FILE)
+                        : copyLocalizedString(GET_INFO_WINDOW_TITLE_FORMAT_STRING_KEY, MISC_STRINGS_FILE).arg(name)) +
+        QStringLiteral("[*]"));
 }
 
 void GetInfoWindow::drawImageView(QPainter& painter, const QRect& rect) {

@@ -4,7 +4,9 @@
 // the world's name, author and description are drawn over it in white with a soft shadow. The
 // texts live on a transparent overlay above the picture, so that the round button can slide them
 // up and out, and back, without the picture being redrawn for its own sake. The window keeps the
-// picture's proportions when resized and zooms to the picture's own size.
+// picture's proportions when resized and zooms to the picture's own size. Below the picture, as the
+// menu bar is above it, a strip plays and pauses the world and sets its volume and sleep timer; the
+// window's sizes are the picture's plus the two.
 //
 // Lifecycle: constructed once at start-up -> show() / updateDisplay() / hide() any number of times
 // -> destroyed at shut-down. The overlay exists only while the window is shown. Main thread only.
@@ -32,6 +34,7 @@ class QTextLayout;
 
 namespace sylvora::app {
 
+class ControlStrip;
 class InfoImageView;
 class InfoOverlay;
 
@@ -40,6 +43,7 @@ public:
     static constexpr CommandID CONTROLS_SIGNATURE = fourCharCode("INFO");
     static constexpr int IMAGE_VIEW_ID = 1;
     static constexpr int TOGGLE_INFO_BUTTON_ID = 2;
+    static constexpr int CONTROL_STRIP_ID = 3;
     static constexpr const char* INFO_BUTTON_ICON_FILENAME = ":/info/info.svg";
     static constexpr CommandID TOGGLE_INFO_BUTTON_ICON_TYPE = command::TOGGLE_INFO;
     static constexpr QSize DEFAULT_IDEAL_SIZE{500, 300};  // without a picture
@@ -106,6 +110,7 @@ public:
     double getScrollProgress() const { return scrollProgress; }
     int getScrollDirection() const { return scrollDirection; }
     bool isSliding() const { return scrollTextTimerRef != nullptr; }
+    ControlStrip* getControlStrip() const { return controlStrip; }
 
 private:
     void stopSlide();
@@ -138,6 +143,7 @@ private:
 
     InfoImageView* imageView = nullptr;
     QAbstractButton* toggleInfoButton = nullptr;
+    ControlStrip* controlStrip = nullptr;
     QElapsedTimer slideClock;
     int slideTicks = 0;
     // Drawn once per size, text or font, so the 90-per-second slide only copies pixels.

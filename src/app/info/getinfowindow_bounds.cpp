@@ -7,6 +7,7 @@
 #include <QScreen>
 #include <QTimer>
 
+#include "app/info/controlstrip.h"
 #include "app/info/getinfowindow.h"
 #include "app/info/infoimageview.h"
 #include "app/info/infooverlay.h"
@@ -41,9 +42,13 @@ QSize GetInfoWindow::chromeSize() const {
         if (QLayout* layout = window->layout()) layout->activate();
         return window->size() - imageView->size();
     }
-    // A hidden window has not laid out its children: only the menu bar stands above the picture.
-    const QWidget* bar = window->menuWidget();
-    return QSize(0, bar != nullptr && !bar->isHidden() ? bar->sizeHint().height() : 0);
+    // A hidden window has not laid out its children: only the menu bar above the picture and the
+    // control strip below it add to its height.
+    int height = 0;
+    for (const QWidget* bar : {static_cast<const QWidget*>(window->menuWidget()), static_cast<const QWidget*>(controlStrip)}) {
+        if (bar != nullptr && !bar->isHidden()) height += bar->sizeHint().height();
+    }
+    return QSize(0, height);
 }
 
 void GetInfoWindow::resizeImageViewTo(QSize size) {

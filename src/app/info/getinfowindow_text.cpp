@@ -88,20 +88,59 @@ std::unique_ptr<QTextLayout> GetInfoWindow::createATSUILayout(const InfoTextStyl
     return layout;
 }
 
-int GetInfoWindow::breakDescriptionLines(QTextLayout& layout, double lineWidth) {
-    QTextOption option = layout.textOption();
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout.setTextOption(option);
-    int lines = 0;
+namespace {
+
+// Lays out at most `maxLines` lines of `lineWidth`; true when text is left over after them.
+bool layOutLines(QTextLayout& layout, double lineWidth, int maxLines, int& lines) {
+    lines = 0;
+    bool more = false;
     layout.beginLayout();
-    while (lines <= MAX_DESCRIPTION_SOFT_BREAKS) {
+    for (;;) {
         QTextLine line = layout.createLine();
         if (!line.isValid()) break;
+        if (lines == maxLines) {
+            more = true;
+            break;
+        }
         line.setLineWidth(lineWidth);
         line.setPosition(QPointF(0.0, 0.0));
         ++lines;
     }
     layout.endLayout();
+    return more;
+}
+
+bool endsAWord(const QString& text, qsizetype at) { return at >= text.size() || text.at(at).isSpace(); }
+
+}  // namespace
+
+int GetInfoWindow::breakDescriptionLines(QTextLayout& layout, double lineWidth) {
+    QTextOption option = layout.textOption();
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    const int maxLines = MAX_DESCRIPTION_SOFT_BREAKS + 1;
+    int lines = 0;
+    if (!layOutLines(layout, lineWidth, maxLines, lines)) return lines;
+
+    // Too long: the last line ends with an ellipsis after the last whole word that leaves it room,
+    // so the text stops between words rather than in one.
+    const QString full = layout.text();
+    const qsizetype lastLineStart = layout.lineAt(lines - 1).textStart();
+    qsizetype end = lastLineStart + layout.lineAt(lines - 1).textLength();
+    static const QString TRAILING = QStringLiteral(" \t\n,;:.!?-\u2013\u2014");
+    while (end > lastLineStart) {
+        qsizetype cut = end - 1;
+        while (cut > lastLineStart && !(endsAWord(full, cut) && !full.at(cut - 1).isSpace())) --cut;
+        // One word wider than the line: it is cut where the ellipsis fits.
+        if (cut == lastLineStart) cut = end - 1;
+        qsizetype kept = cut;
+        while (kept > 0 && TRAILING.contains(full.at(kept - 1))) --kept;
+        layout.setText(full.left(kept) + QChar(0x2026));
+        if (!layOutLines(layout, lineWidth, maxLines, lines)) return lines;
+        end = cut;
+    }
+    layout.setText(QString(QChar(0x2026)));
+    layOutLines(layout, lineWidth, maxLines, lines);
     return lines;
 }
 

@@ -17,4 +17,9 @@ void showErrorAlert(const QString& message, OSStatus status, const QString& deta
 // and, when the save kept the previous version of the world, where it is.
 void showSaveErrorAlert(OSStatus status);
 
+// A world that could not be opened: the main text names it (`name`, or the package's name from
+// `packagePath`) and says why where the package shows it; the status stays beneath.
+void showOpenErrorAlert(const QString& packagePath, OSStatus status, const QString& name = {});
+QString copyOpenErrorMessage(const QString& packagePath, OSStatus status, const QString& name = {});
+
 }  // namespace sylvora::app

@@ -6,11 +6,13 @@
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/aboutwindow.h"
 #include "app/info/getinfowindow.h"
+#include "app/mixer/mixerwindow.h"
 #include "app/shell/alerts.h"
 #include "app/shell/documentflow.h"
 #include "app/shell/globals.h"
 #include "app/shell/helpbook.h"
 #include "app/shell/shellevents.h"
+#include "core/world/packagecheck.h"
 #include "app/windows/packagedrops.h"
 #include "core/strings/stringresources.h"
 
@@ -29,11 +31,13 @@ void openKnownWorld(int index) {
         return;
     }
     FSRef package;
+    const QString name = gPrefs->getIndKnownWorldName(index);
     OSStatus status = FSResolveAlias(*alias, package);
-    if (status == noErr) status = gCurrentWorld->loadFromPackage(package);
+    if (status == noErr) status = loadWorldFromPackage(package);
     if (status != noErr) {
+        const QString path = package.path.isEmpty() ? alias->recordedPath() : package.path;
         gPrefs->removeFromKnownWorlds(index);
-        showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE), status);
+        showOpenErrorAlert(path, status, name);
         return;
     }
     if (gGetInfoWindow->isVisible()) gGetInfoWindow->updateDisplay();
@@ -83,6 +87,8 @@ OSStatus applicationEventHandler(const HICommand& command) {
         case command::VOLUME_DOWN: gCurrentWorld->setVolume(masterVolume() - VOLUME_STEP); return noErr;
         case command::GET_INFO: gGetInfoWindow->show(); return noErr;
         case command::SHOW: gGetInfoWindow->show(); return noErr;
+        case command::PLAY_PAUSE: doPlayPause(); return noErr;
+        case command::MIXER: gMixerWindow->show(); return noErr;
         case command::ABOUT: gAboutWindow->show(); return noErr;
         case command::EDIT_WORLD: gWorldEditorWindow->startEditing(); return noErr;
         case command::APP_HELP: myGotoHelpPage(QString::fromLatin1(HELP_BOOK_START_PAGE), QString()); return noErr;
@@ -101,6 +107,18 @@ OSStatus applicationEventHandler(const HICommand& command) {
     }
 }
 
+OSStatus loadWorldFromPackage(const FSRef& package) {
+    if (const OSStatus status = checkWorldPackage(package); status != noErr) return status;
+    return gCurrentWorld->loadFromPackage(package);
+}
+
+bool worldHasSounds() { return gCurrentWorld->getNumLoopSounds() > 0 || gCurrentWorld->getNumEnvironmentSounds() > 0; }
+
+void doPlayPause() {
+    if (gCurrentWorld->isPlaying()) gCurrentWorld->stop();
+    else if (worldHasSounds()) gCurrentWorld->start();
+}
+
 void doAfterLoadSteps(bool wasKnownWorld) {
     if (!wasKnownWorld) gGetInfoWindow->show();
     else if (gGetInfoWindow->isVisible()) gGetInfoWindow->updateDisplay();
@@ -116,7 +134,7 @@ OSStatus doOpenAppEvent() {
         return noErr;
     }
     FSRef package;
-    if (FSResolveAlias(*last, package) == noErr) gCurrentWorld->loadFromPackage(package);
+    if (FSResolveAlias(*last, package) == noErr) loadWorldFromPackage(package);
     if (gCurrentWorld->getPackageAlias() != nullptr) {
         gCurrentWorld->start();
         showSomethingWhenInvisible();
@@ -142,8 +160,8 @@ OSStatus doOpenDocsEvent(const QStringList& paths) {
             break;
         }
         const bool wasKnown = gPrefs->isAKnownWorld(item);
-        status = gCurrentWorld->loadFromPackage(item);
-        if (status != noErr) showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE), status);
+        status = loadWorldFromPackage(item);
+        if (status != noErr) showOpenErrorAlert(item.path, status);
         else doAfterLoadSteps(wasKnown);
         break;
     }
@@ -152,6 +170,7 @@ OSStatus doOpenDocsEvent(const QStringList& paths) {
 }
 
 void setTrayAvailable(bool available) { gTrayAvailable = available; }
+bool isTrayAvailable() { return gTrayAvailable; }
 
 void showSomethingWhenInvisible() {
     // Not while a dialog is up: the flow is not over, and its end comes back here.

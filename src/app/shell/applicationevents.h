@@ -20,9 +20,18 @@ OSStatus doOpenAppEvent();
 // Asked to open `paths` (absolute): the first world package among them is opened.
 OSStatus doOpenDocsEvent(const QStringList& paths);
 
+// Loads the world from `package`, unless the package shows beforehand that it cannot be opened:
+// then the current world stays as it was, playing on, and the status is what the load would give.
+OSStatus loadWorldFromPackage(const FSRef& package);
+
 // After a world was loaded from a file reference: show its Get Info window when it was not a known
 // world before (else refresh a visible one), then edit it when the editor is visible, else play it.
 void doAfterLoadSteps(bool wasKnownWorld);
+
+// Play / Pause: a playing world stops (World::stop), a paused one starts (World::start). A world
+// without sounds has nothing to play, and stays as it is.
+void doPlayPause();
+bool worldHasSounds();
 
 // A person closed a window (close box or "clos"). Where no tray can show the application, closing
 // the last visible window quits, so the application is never running unseen.
@@ -30,5 +39,6 @@ void windowClosedByUser();
 // Where no tray is there, shows the Get Info window when no window of the application is visible.
 void showSomethingWhenInvisible();
 void setTrayAvailable(bool available);
+bool isTrayAvailable();
 
 }  // namespace sylvora::app

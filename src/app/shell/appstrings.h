@@ -24,4 +24,12 @@ inline constexpr const char* DROP_PICTURE_HERE_KEY = "Drop Picture Here";
 inline constexpr const char* ERROR_SAVING_NAMED_WORLD_KEY = "Error Saving Named World";
 inline constexpr const char* PREVIOUS_VERSION_KEPT_KEY = "Previous Version Kept";
 
+// "Errors": a world that could not be opened, named (%1) and, where it is known, why (%2).
+inline constexpr const char* WORLD_NOT_OPENED_KEY = "World Could Not Be Opened";
+inline constexpr const char* WORLD_NOT_OPENED_BECAUSE_KEY = "World Could Not Be Opened Because";
+inline constexpr const char* REASON_DAMAGED_DATA_FILE_KEY = "Reason Damaged Data File";
+inline constexpr const char* REASON_MISSING_DATA_FILE_KEY = "Reason Missing Data File";
+inline constexpr const char* REASON_MISSING_SOUND_FOLDER_KEY = "Reason Missing Sound Folder";  // %1 the folder
+inline constexpr const char* REASON_MISSING_PACKAGE_KEY = "Reason Missing Package";
+
 }  // namespace sylvora::app

@@ -45,6 +45,8 @@ inline constexpr CommandID SELECT_ALL = fourCharCode("sall");
 inline constexpr CommandID HELP = fourCharCode("HELP");
 inline constexpr CommandID APP_HELP = fourCharCode("AHLP");
 inline constexpr CommandID SHOW = fourCharCode("SHOW");  // the tray's "Show"
+inline constexpr CommandID PLAY_PAUSE = fourCharCode("PLAY");
+inline constexpr CommandID MIXER = fourCharCode("MIXR");
 }  // namespace command
 
 }  // namespace sylvora::app

@@ -11,6 +11,7 @@
 #include "app/shell/commanddispatch.h"
 #include "app/shell/shellevents.h"
 #include "app/shell/worldfiledialogs.h"
+#include "app/shell/worldfromfolderoffer.h"
 #include "app/shell/appstrings.h"
 #include "core/platform/beep.h"
 #include "core/strings/stringresources.h"
@@ -32,9 +33,9 @@ void openChosenPackage(const QString& path) {
     bool wasKnown = false;
     if (status == noErr) {
         wasKnown = gPrefs->isAKnownWorld(package);
-        status = gCurrentWorld->loadFromPackage(package);
+        status = loadWorldFromPackage(package);
     }
-    if (status != noErr) showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE), status);
+    if (status != noErr) showOpenErrorAlert(path, status);
     else doAfterLoadSteps(wasKnown);
 }
 
@@ -66,7 +67,8 @@ void doWorldOpenPrompt() {
     auto* dialog = new WorldOpenDialog();
     navOpenDialog = dialog;
     QObject::connect(dialog, &QDialog::finished, [dialog](int result) {
-        if (result == QDialog::Accepted) openChosenPackage(dialog->chosenPackage());
+        if (result == QDialog::Accepted && !dialog->chosenFolder().isEmpty()) offerWorldFromFolder(dialog->chosenFolder());
+        else if (result == QDialog::Accepted) openChosenPackage(dialog->chosenPackage());
         else navDialogEventCallback(NavSelector::UserAction, NavUserAction::Cancel);
         navDialogEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
     });
@@ -161,12 +163,13 @@ void doPostAskSaveChangesAction() {
             bool wasKnown = false;
             if (status == noErr) {
                 wasKnown = gPrefs->isAKnownWorld(package);
-                status = gCurrentWorld->loadFromPackage(package);
+                status = loadWorldFromPackage(package);
             }
+            const QString path = package.path.isEmpty() ? gNextOpenDocument->recordedPath() : package.path;
             disposeNextOpenDocument();
             gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
             if (status == noErr) doAfterLoadSteps(wasKnown);
-            else showErrorAlert(copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE), status);
+            else showOpenErrorAlert(path, status);
             break;
         }
         case ASK_SAVE_CHANGES_OPEN_PROMPT:

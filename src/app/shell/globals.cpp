@@ -9,6 +9,7 @@ World* gCurrentWorld = nullptr;
 WorldEditorWindow* gWorldEditorWindow = nullptr;
 GetInfoWindow* gGetInfoWindow = nullptr;
 AboutWindow* gAboutWindow = nullptr;
+MixerWindow* gMixerWindow = nullptr;
 
 AskSaveChangesActions gAskSaveChangesAction = ASK_SAVE_CHANGES_NONE;
 AliasHandle gNextOpenDocument;

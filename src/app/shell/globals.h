@@ -19,6 +19,7 @@ namespace sylvora::app {
 class WorldEditorWindow;
 class GetInfoWindow;
 class AboutWindow;
+class MixerWindow;
 
 enum AskSaveChangesActions {
     ASK_SAVE_CHANGES_QUIT = 0,
@@ -33,6 +34,7 @@ extern World* gCurrentWorld;
 extern WorldEditorWindow* gWorldEditorWindow;
 extern GetInfoWindow* gGetInfoWindow;
 extern AboutWindow* gAboutWindow;
+extern MixerWindow* gMixerWindow;  // made after the five, gone before them
 
 extern AskSaveChangesActions gAskSaveChangesAction;
 extern AliasHandle gNextOpenDocument;  // only together with ASK_SAVE_CHANGES_OPEN_DOCUMENT

@@ -4,7 +4,9 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QPointer>
 #include <QStandardPaths>
+#include <QTextBrowser>
 #include <QUrl>
 
 #include "core/platform/beep.h"
@@ -13,6 +15,27 @@ namespace sylvora::app {
 
 namespace {
 constexpr int MAX_URL_LENGTH = 255;
+constexpr QSize HELP_WINDOW_SIZE{760, 600};
+
+// Where no browser opens the book, it is read in a window of Sylvora's own, from the same pages.
+OSStatus showInHelpWindow(const QString& pagePath, const QString& anchor) {
+    static QPointer<QTextBrowser> viewer;
+    if (viewer.isNull()) {
+        viewer = new QTextBrowser();
+        viewer->setAttribute(Qt::WA_DeleteOnClose);
+        viewer->setAttribute(Qt::WA_QuitOnClose, false);
+        viewer->setWindowTitle(QObject::tr("Sylvora Help"));
+        viewer->setOpenExternalLinks(true);
+        viewer->resize(HELP_WINDOW_SIZE);
+    }
+    QUrl page(QStringLiteral("qrc") + QString::fromLatin1(HELP_BOOK_RESOURCE_ROOT) + QLatin1Char('/') + pagePath);
+    if (!anchor.isEmpty()) page.setFragment(anchor);
+    viewer->setSource(page);
+    viewer->show();
+    viewer->raise();
+    viewer->activateWindow();
+    return noErr;
+}
 
 // Copies every file of the book afresh, so an updated application never shows an older page.
 bool copyBook(const QString& from, const QString& to) {
@@ -33,10 +56,13 @@ OSStatus myGotoHelpPage(const QString& pagePath, const QString& anchor) {
     const QString root = QString::fromLatin1(HELP_BOOK_RESOURCE_ROOT);
     if (!QDir(root).exists() || !QFile::exists(root + QLatin1Char('/') + pagePath)) return fnfErr;
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/help");
-    if (!copyBook(root, cache)) return ioErr;
+    if (!copyBook(root, cache)) return showInHelpWindow(pagePath, anchor);
     QUrl page = QUrl::fromLocalFile(cache + QLatin1Char('/') + pagePath);
     if (!anchor.isEmpty()) page.setFragment(anchor);
-    return QDesktopServices::openUrl(page) ? noErr : ioErr;
+    if (QStandardPaths::findExecutable(QStringLiteral("xdg-open")).isEmpty() || !QDesktopServices::openUrl(page)) {
+        return showInHelpWindow(pagePath, anchor);
+    }
+    return noErr;
 }
 
 void openURL(const QString& url) {

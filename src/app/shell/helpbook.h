@@ -14,8 +14,8 @@ inline constexpr const char* HELP_BOOK_RESOURCE_ROOT = ":/help";
 inline constexpr const char* HELP_BOOK_START_PAGE = "index.html";
 
 // [main] Copies the book to the user's cache folder (a browser cannot read Qt resources) and opens
-// `pagePath` at `anchor` (may be empty) in the browser. fnfErr when there is no book or no such
-// page; ioErr when the copy or the opening fails.
+// `pagePath` at `anchor` (may be empty) in the browser; where no browser can be asked, in a window
+// of Sylvora's own. fnfErr when there is no book or no such page.
 OSStatus myGotoHelpPage(const QString& pagePath, const QString& anchor);
 
 // [main] Opens a complete URL with the desktop's handler. A URL that is not ASCII or is longer than

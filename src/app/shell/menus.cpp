@@ -1,6 +1,9 @@
 #include "app/shell/menus.h"
 
 #include <QAction>
+#include <QActionGroup>
+#include <QFileInfo>
+#include <QHash>
 #include <QKeySequence>
 #include <QMainWindow>
 #include <QMenu>
@@ -8,10 +11,14 @@
 #include <memory>
 #include <vector>
 
+#include "app/desktop/autostart.h"
+#include "core/platform/beep.h"
 #include "app/desktop/sleeptimermenu.h"
+#include "app/shell/applicationevents.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
 #include "app/shell/knownworldsqmenu.h"
+#include "app/shell/shellevents.h"
 #include "app/windows/mycarbonwindow.h"
 
 namespace sylvora::app {
@@ -44,12 +51,24 @@ QString levelText(int level) {
 }
 
 void addLevels(QMenu& menu, bool withShortcuts) {
+    // One level is the volume at a time: the group draws them as radio items.
+    auto* group = new QActionGroup(&menu);
     for (int level = 0; level < VOLUME_LEVELS; ++level) {
         const auto command = static_cast<CommandID>(command::VOLUME_LEVEL_0 + static_cast<CommandID>(level));
         QAction* item = addCommand(menu, levelText(level), command,
                                    withShortcuts ? QKeySequence(QStringLiteral("Ctrl+%1").arg(level)) : QKeySequence());
         item->setCheckable(true);
+        group->addAction(item);
     }
+}
+
+QString playPauseText() { return gCurrentWorld != nullptr && gCurrentWorld->isPlaying() ? QObject::tr("Pause") : QObject::tr("Play"); }
+
+// The tray's own copy of a command of the shared menus, made afresh with each rebuild.
+QAction* makeTrayCommand(const QString& text, CommandID command, bool enabled = true) {
+    QAction* action = makeCommandAction(text, command, dockMenu);
+    action->setEnabled(enabled);
+    return action;
 }
 
 void buildFileMenu(QMenu& file, QMenu& knownWorlds) {
@@ -79,6 +98,28 @@ void buildVolumeMenu(QMenu& volume) {
     addCommand(volume, QObject::tr("&Softer"), command::VOLUME_DOWN, QKeySequence(QStringLiteral("Ctrl+Down")));
     volume.addSeparator();
     addLevels(volume, true);
+}
+
+// Known worlds of one name are told apart by the folder that holds each.
+void distinguishSameNames(QMenu& menu) {
+    QHash<QString, int> count;
+    QList<QAction*> worlds;
+    for (QAction* action : menu.actions()) {
+        const CommandID index = commandOf(*action) - Preferences::KNOWN_WORLD_COMMAND_BASE;
+        if (action->isSeparator() || index >= static_cast<CommandID>(Preferences::MAX_KNOWN_WORLDS)) continue;
+        worlds << action;
+        ++count[action->text()];
+    }
+    for (QAction* action : worlds) {
+        if (count.value(action->text()) < 2) continue;
+        const auto index = static_cast<int>(commandOf(*action) - Preferences::KNOWN_WORLD_COMMAND_BASE);
+        const Alias* alias = gPrefs->getIndKnownWorldAlias(index);
+        if (alias == nullptr) continue;
+        FSRef package;
+        const QString path = FSResolveAlias(*alias, package) == noErr ? package.path : alias->recordedPath();
+        const QString folder = QFileInfo(QFileInfo(path).absolutePath()).fileName();
+        if (!folder.isEmpty()) action->setText(QObject::tr("%1 — %2").arg(action->text(), folder));
+    }
 }
 
 void setLevelChecks(QMenu& menu, int firstItem, int level) {
@@ -118,8 +159,12 @@ bool createMenus() {
     buildEditMenu(*m.edit);
     buildVolumeMenu(*m.volume);
     addLevels(*m.dockVolume, false);
+    // Space belongs to a focused text field first: a field takes its printable keys before any shortcut.
+    addCommand(*m.world, playPauseText(), command::PLAY_PAUSE, QKeySequence(Qt::Key_Space));
+    m.world->addSeparator();
     addCommand(*m.world, QObject::tr("Get &Info"), command::GET_INFO, QKeySequence(QStringLiteral("Ctrl+I")));
     addCommand(*m.world, QObject::tr("&Edit World"), command::EDIT_WORLD, QKeySequence(QStringLiteral("Ctrl+E")));
+    addCommand(*m.world, QObject::tr("&Mixer"), command::MIXER, QKeySequence(QStringLiteral("Ctrl+M")));
     addCommand(*m.help, QObject::tr("Sylvora &Help"), command::APP_HELP, QKeySequence::HelpContents);
     addCommand(*m.help, QObject::tr("&About Sylvora"), command::ABOUT);
     for (QMenu* menu : {m.file.get(), m.edit.get(), m.volume.get(), m.world.get(), m.help.get()}) {
@@ -194,6 +239,7 @@ OSStatus knownWorldsMenuEventHandler() {
     if (current != nullptr) gPrefs->updateKnownWorlds(current, gCurrentWorld->getName());
     KnownWorldsQMenu filler(*menu);
     gPrefs->fillMenuWithKnownWorlds(filler, current);
+    distinguishSameNames(*menu);
     return noErr;
 }
 
@@ -203,6 +249,7 @@ OSStatus dockMenuEventHandler() {
     if (current != nullptr) gPrefs->updateKnownWorlds(current, gCurrentWorld->getName());
     KnownWorldsQMenu filler(*dockMenu);
     gPrefs->fillMenuWithKnownWorlds(filler, current);
+    distinguishSameNames(*dockMenu);
     dockMenu->addSeparator();
     if (dockVolumeSubMenu == nullptr || dockVolumeSubMenu->title().isEmpty()) return noErr;
     dockMenu->addMenu(dockVolumeSubMenu);
@@ -212,8 +259,22 @@ OSStatus dockMenuEventHandler() {
 
 void rebuildDockMenu() {
     if (dockMenuEventHandler() != noErr) return;
+    // What a person with no window open reaches for first: play or pause, and a world to start from.
+    auto* separator = new QAction(dockMenu);
+    separator->setSeparator(true);
+    dockMenu->insertActions(dockMenu->actions().value(0),
+                            {makeTrayCommand(playPauseText(), command::PLAY_PAUSE, gCurrentWorld->isPlaying() || worldHasSounds()),
+                             makeTrayCommand(QObject::tr("Open World…"), command::OPEN),
+                             makeTrayCommand(QObject::tr("New World"), command::NEW), separator});
     if (SleepTimerMenu* sleep = SleepTimerMenu::instance()) dockMenu->addMenu(sleep->menu());
     dockMenu->addSeparator();
+    QAction* autostart = dockMenu->addAction(QObject::tr("Start with the desktop session"));
+    autostart->setCheckable(true);
+    autostart->setChecked(isAutostartEnabled());
+    QObject::connect(autostart, &QAction::triggered, dockMenu, [](bool wanted) {
+        if (!setAutostartEnabled(wanted)) SysBeep(1);
+        ShellEvents::instance().notifyStateChanged();
+    });
     dockMenu->addAction(makeCommandAction(QObject::tr("Show Sylvora"), command::SHOW, dockMenu));
     dockMenu->addAction(makeCommandAction(QObject::tr("Quit"), command::QUIT, dockMenu));
 }
@@ -228,6 +289,10 @@ OSStatus enableMenuItemsEventHandler() {
     bool anyWindowVisible = false;
     for (PlatformWindow* window : MyCarbonWindow::windowList()) anyWindowVisible |= window->isVisible();
     setEnabled(command::CLOSE, anyWindowVisible);
+    if (QAction* playPause = findMenuCommand(command::PLAY_PAUSE)) {
+        playPause->setText(playPauseText());
+        playPause->setEnabled(gCurrentWorld->isPlaying() || worldHasSounds());
+    }
 
     // The edit commands act on a focused text field, and only then.
     const bool editable = focusedEditableText() != nullptr;

@@ -2,11 +2,13 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QIcon>
 #include <QSessionManager>
 #include <QTimer>
 #include <algorithm>
+#include <cstdio>
 #include <memory>
 
 #include "app/desktop/desktopbeep.h"
@@ -18,8 +20,11 @@
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/aboutwindow.h"
 #include "app/info/getinfowindow.h"
+#include "app/mixer/mixerwindow.h"
 #include "app/resources/appresources.h"
 #include "app/shell/applicationevents.h"
+#include "app/shell/bundledworlds.h"
+#include "app/shell/commandline.h"
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
 #include "app/shell/shellevents.h"
@@ -44,18 +49,53 @@ struct Runtime {
     std::unique_ptr<TrayIcon> tray;
     std::unique_ptr<SleepTimerMenu> sleepTimer;
     std::unique_ptr<MprisService> mpris;
+    QTimer titleTimer;  // while a window is shown: the editor changes the world without a word
+    bool firstRun = false;
+    bool background = false;
 };
 std::unique_ptr<Runtime> gRuntime;
 
-void watchWindows() {
+constexpr int TITLE_REFRESH_MS = 250;
+
+bool anyWindowShown() {
     for (PlatformWindow* window : MyCarbonWindow::windowList()) {
-        QObject::connect(window, &PlatformWindow::visibilityChanged, [] { ShellEvents::instance().notifyStateChanged(); });
+        if (window->isVisible()) return true;
+    }
+    return false;
+}
+
+// The world's windows carry its name and, the desktop's way, whether it has unsaved changes.
+void refreshWindowTitles() {
+    if (gCurrentWorld == nullptr || gWorldEditorWindow == nullptr) return;
+    if (PlatformWindow* editor = gWorldEditorWindow->getWindow()) {
+        const QString name = gCurrentWorld->getName();
+        const QString title = name.isEmpty() ? QObject::tr("World Editor[*]") : QObject::tr("%1 — World Editor[*]").arg(name);
+        if (editor->windowTitle() != title) editor->setWindowTitle(title);
+    }
+    const bool modified = gCurrentWorld->getModified();
+    for (MyCarbonWindow* owner : {static_cast<MyCarbonWindow*>(gWorldEditorWindow), static_cast<MyCarbonWindow*>(gGetInfoWindow),
+                                  static_cast<MyCarbonWindow*>(gMixerWindow)}) {
+        if (owner != nullptr && owner->getWindow() != nullptr) owner->getWindow()->setWindowModified(modified);
+    }
+}
+
+void watchWindows() {
+    gRuntime->titleTimer.setInterval(TITLE_REFRESH_MS);
+    QObject::connect(&gRuntime->titleTimer, &QTimer::timeout, &gRuntime->connections, refreshWindowTitles);
+    for (PlatformWindow* window : MyCarbonWindow::windowList()) {
+        QObject::connect(window, &PlatformWindow::visibilityChanged, [] {
+            if (anyWindowShown()) gRuntime->titleTimer.start();
+            else gRuntime->titleTimer.stop();
+            ShellEvents::instance().notifyStateChanged();
+        });
         QObject::connect(window, &PlatformWindow::closedByUser, [] { windowClosedByUser(); });
     }
     QObject* context = &gRuntime->connections;
     QObject::connect(qApp, &QApplication::focusChanged, context, [] { enableMenuItemsEventHandler(); });
-    QObject::connect(&ShellEvents::instance(), &ShellEvents::stateChanged, context,
-                     [] { enableMenuItemsEventHandler(); });
+    QObject::connect(&ShellEvents::instance(), &ShellEvents::stateChanged, context, [] {
+        enableMenuItemsEventHandler();
+        refreshWindowTitles();
+    });
 }
 
 void askBeforeLogout(QSessionManager& manager) {
@@ -91,16 +131,18 @@ void startUp(const StartUpOptions& options) {
 
     gPrefs = new Preferences();
     gCurrentWorld = new World(*gRuntime->engine, *gRuntime->eventLoop);
+    // Before the windows: the Get Info window's strip offers the timer's menu.
+    gRuntime->sleepTimer = std::make_unique<SleepTimerMenu>(*gCurrentWorld);
     gWorldEditorWindow = new WorldEditorWindow();
     gGetInfoWindow = new GetInfoWindow();
     gAboutWindow = new AboutWindow();
+    gMixerWindow = new MixerWindow();
     watchWindows();
     setFolderDropHandler([](const QStringList& folders) {
         // World packages open as documents; a drop of plain folders only is an offer to make one.
         if (std::any_of(folders.cbegin(), folders.cend(), isWorldPackagePath)) doOpenDocsEvent(folders);
         else if (!folders.isEmpty()) offerWorldFromFolder(folders.front());
     });
-    gRuntime->sleepTimer = std::make_unique<SleepTimerMenu>(*gCurrentWorld);
     QObject::connect(qApp, &QGuiApplication::commitDataRequest, &gRuntime->connections, askBeforeLogout);
     if (options.tray) {
         gRuntime->tray = std::make_unique<TrayIcon>();
@@ -110,18 +152,60 @@ void startUp(const StartUpOptions& options) {
     }
     gRuntime->mpris = std::make_unique<MprisService>();
 
+    gRuntime->background = options.background;
+    gRuntime->firstRun = !QFileInfo::exists(preferencesFilePath());
     gPrefs->loadPreferences();
     gCurrentWorld->setVolume(gPrefs->getMasterVolume());
     ShellEvents::instance().notifyStateChanged();
 }
 
+bool isFirstRun() { return gRuntime && gRuntime->firstRun; }
+
 void openFirstWorld(const QStringList& documents) {
-    if (documents.isEmpty()) {
+    const bool quiet = gRuntime->background && isTrayAvailable();
+    if (!documents.isEmpty()) {
+        doOpenDocsEvent(documents);
+    } else if (const QString bundled = bundledFirstWorld(); isFirstRun() && !quiet && !bundled.isEmpty()) {
+        // Something to hear from the first moment: the example world, new to this person, so its
+        // Get Info window comes up with it.
+        doOpenDocsEvent({bundled});
+    } else if (quiet) {
+        // The session's autostart: the last world plays from the tray, and nothing asks anything.
+        FSRef package;
+        const Alias* last = gPrefs->getLastWorldAlias();
+        if (last != nullptr && FSResolveAlias(*last, package) == noErr && loadWorldFromPackage(package) == noErr) {
+            gCurrentWorld->start();
+        }
+        ShellEvents::instance().notifyStateChanged();
+    } else {
         doOpenAppEvent();
+    }
+    if (quiet) return;
+    if (!navOpenDialog.isNull()) {
+        // The Open dialog is the window for now; cancelled, it leaves one behind.
+        QObject::connect(navOpenDialog.data(), &QDialog::finished, &gRuntime->connections,
+                         [] { QTimer::singleShot(0, &gRuntime->connections, showLaunchWindow); });
+        return;
+    }
+    showLaunchWindow();
+}
+
+void openHandedDocuments(const QStringList& documents) {
+    if (documents.isEmpty()) {
+        dispatchCommand(command::SHOW);  // a second launch reopens, as a click would
         return;
     }
     doOpenDocsEvent(documents);
-    showSomethingWhenInvisible();
+    showLaunchWindow();
+}
+
+void showLaunchWindow() {
+    if (!navOpenDialog.isNull() || !navAskSaveChangesDialog.isNull()) return;
+    for (PlatformWindow* window : MyCarbonWindow::windowList()) {
+        if (window->isVisible()) return;
+    }
+    if (gCurrentWorld->getPackageAlias() == nullptr && !worldHasSounds()) gWorldEditorWindow->startEditing();
+    else gGetInfoWindow->show();
 }
 
 void shutDown() {
@@ -133,6 +217,8 @@ void shutDown() {
 
     setFolderDropHandler({});
     gRuntime->tray.reset();
+    delete gMixerWindow;
+    gMixerWindow = nullptr;
     delete gAboutWindow;
     gAboutWindow = nullptr;
     delete gGetInfoWindow;
@@ -154,7 +240,30 @@ void shutDown() {
 audio::Engine& applicationEngine() { return *gRuntime->engine; }
 TrayIcon* applicationTray() { return gRuntime && gRuntime->tray && gRuntime->tray->isShown() ? gRuntime->tray.get() : nullptr; }
 
+namespace {
+
+// Prints the help or the version, or an unknown option with the usage; the exit status, or -1 to run.
+int answerWithoutStarting(const LaunchRequest& request) {
+    switch (request.action) {
+        case LaunchRequest::Action::Run: return -1;
+        case LaunchRequest::Action::Help: std::fputs(qPrintable(usageText()), stdout); return 0;
+        case LaunchRequest::Action::Version: std::fputs(qPrintable(versionText()), stdout); return 0;
+        case LaunchRequest::Action::Usage:
+            std::fprintf(stderr, "sylvora: unknown option %s\n%s", qPrintable(request.unknownOption), qPrintable(usageText()));
+            return 2;
+    }
+    return -1;
+}
+
+}  // namespace
+
 int runApplication(int argc, char** argv) {
+    {
+        QStringList raw;
+        for (int i = 1; i < argc; ++i) raw << QString::fromLocal8Bit(argv[i]);
+        // Before QApplication, which needs a display: --help and --version work without one.
+        if (const int status = answerWithoutStarting(parseCommandLine(raw, false)); status >= 0) return status;
+    }
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Sylvora"));
     QApplication::setApplicationName(QStringLiteral("Sylvora"));
@@ -166,19 +275,18 @@ int runApplication(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);  // closing a window only hides it
     installStringTables();
 
+    const LaunchRequest request = parseCommandLine(QApplication::arguments().mid(1), true);
+    if (const int status = answerWithoutStarting(request); status >= 0) return status;
     QStringList documents;
-    for (const QString& argument : QApplication::arguments().mid(1)) {
-        documents << QFileInfo(argument).absoluteFilePath();
-    }
+    for (const QString& argument : request.documents) documents << QFileInfo(argument).absoluteFilePath();
     SingleInstance instance(SingleInstance::serverNameFor(preferencesFilePath()));
+    // The session's autostart finds Sylvora already running: nothing to hand, nothing to show.
+    if (request.background && documents.isEmpty() && instance.isRunning()) return 0;
     if (instance.handToRunningInstance(documents)) return 0;
 
-    startUp(StartUpOptions{});
+    startUp(StartUpOptions{.background = request.background});
     instance.listen();
-    QObject::connect(&instance, &SingleInstance::documentsReceived, [](const QStringList& handed) {
-        if (handed.isEmpty()) dispatchCommand(command::SHOW);  // a second launch reopens, as a click would
-        else doOpenDocsEvent(handed);
-    });
+    QObject::connect(&instance, &SingleInstance::documentsReceived, openHandedDocuments);
     QuitSignals quitSignals;
     QTimer::singleShot(0, [documents] { openFirstWorld(documents); });
     QApplication::exec();

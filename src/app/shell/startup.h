@@ -21,11 +21,20 @@ class TrayIcon;
 struct StartUpOptions {
     bool audioDevice = true;  // false: the null output, which pulls at real-time pace unheard
     bool tray = true;         // false: no tray icon even where the desktop has a tray
+    bool background = false;  // tray only: no window of its own accord where a tray shows the icon
 };
 
 void startUp(const StartUpOptions& options);
-// The open event of a launch: the documents given, or without any, the last played world.
+// The open event of a launch: the documents given, or without any, the last played world. The
+// first launch ever (no settings file when start-up began) plays the bundled example world. A
+// launch leaves a window on screen unless it is in the background with a tray to stand for it.
 void openFirstWorld(const QStringList& documents);
+// What a later launch handed over: its documents opened, or without any, the Get Info window.
+void openHandedDocuments(const QStringList& documents);
+// After a launch has opened what it was given: the Get Info window when no window of the
+// application is up (the editor on an empty world that has nothing to show).
+void showLaunchWindow();
+bool isFirstRun();
 void shutDown();
 
 // What the application runs on, between startUp and shutDown.

@@ -4,8 +4,10 @@
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QUrl>
 
 #include "app/shell/appstrings.h"
+#include "app/shell/bundledworlds.h"
 #include "app/windows/packagedrops.h"
 #include "core/strings/stringresources.h"
 #include "core/prefs/preferences.h"
@@ -30,6 +32,13 @@ void configure(QFileDialog& dialog) {
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setWindowModality(Qt::ApplicationModal);
     dialog.setAttribute(Qt::WA_DeleteOnClose);
+    // Where worlds are: those that come with Sylvora and the person's own.
+    QList<QUrl> places = dialog.sidebarUrls();
+    for (const QString& folder : {bundledWorldsFolder(), userWorldsFolder()}) {
+        const QUrl place = QUrl::fromLocalFile(folder);
+        if (!folder.isEmpty() && QFileInfo(folder).isDir() && !places.contains(place)) places << place;
+    }
+    dialog.setSidebarUrls(places);
 }
 }  // namespace
 
@@ -63,6 +72,11 @@ void WorldOpenDialog::accept() {
         chosen_ = QFileInfo(path).absoluteFilePath();
         rememberFolder(Preferences::DialogFolder::Open, QFileInfo(chosen_).absolutePath());
         QDialog::accept();
+    } else if (QFileInfo(path).isDir() && QFileInfo(path) == QFileInfo(directory().absolutePath())) {
+        // Open on the folder the dialog is in, nothing chosen in it: a folder of sounds, to make a
+        // world from.
+        folder_ = QFileInfo(path).absoluteFilePath();
+        QDialog::accept();
     } else if (QFileInfo(path).isDir()) {
         setDirectory(path);  // a plain folder is entered, as a double-click would
     }
@@ -74,7 +88,14 @@ WorldSaveDialog::WorldSaveDialog(const QString& proposedName, QWidget* parent)
     setAcceptMode(QFileDialog::AcceptSave);
     setFileMode(QFileDialog::AnyFile);
     setOption(QFileDialog::ShowDirsOnly);
-    setDirectory(lastFolder(Preferences::DialogFolder::SaveAs));
+    // Until a world is saved somewhere, the person's own worlds folder is proposed, made for it.
+    const QString remembered = gPrefs != nullptr ? gPrefs->getDialogFolder(Preferences::DialogFolder::SaveAs) : QString();
+    if ((remembered.isEmpty() || !QFileInfo(remembered).isDir()) && QDir().mkpath(userWorldsFolder())) {
+        setSidebarUrls(sidebarUrls() << QUrl::fromLocalFile(userWorldsFolder()));
+        setDirectory(userWorldsFolder());
+    } else {
+        setDirectory(lastFolder(Preferences::DialogFolder::SaveAs));
+    }
     selectFile(proposedName);
     connect(this, &QFileDialog::directoryEntered, this, &WorldSaveDialog::enteredDirectory);
     // Qt's dialog leaves the name alone when a folder is selected; a package is a document, and

@@ -12,8 +12,10 @@ class WorldOpenDialog : public QFileDialog {
     Q_OBJECT
 public:
     explicit WorldOpenDialog(QWidget* parent = nullptr);
-    // The chosen package, once accepted.
+    // The chosen package, once accepted; or else the plain folder it was accepted on, to make a
+    // world from.
     QString chosenPackage() const { return chosen_; }
+    QString chosenFolder() const { return folder_; }
 
 public Q_SLOTS:
     void accept() override;
@@ -21,6 +23,7 @@ public Q_SLOTS:
 private:
     void enteredDirectory(const QString& path);
     QString chosen_;
+    QString folder_;
 };
 
 class WorldSaveDialog : public QFileDialog {

@@ -4,6 +4,7 @@
 
 #include "ui_AboutWindow.h"
 #include "ui_GetInfoWindow.h"
+#include "ui_MixerWindow.h"
 #include "ui_WorldEditorWindow.h"
 
 namespace sylvora::app {
@@ -21,6 +22,8 @@ bool createWindowFromEntry(const QString& name, QMainWindow& window) {
         fill<Ui::WorldEditorWindow>(window);
     } else if (name == QLatin1String("GetInfoWindow")) {
         fill<Ui::GetInfoWindow>(window);
+    } else if (name == QLatin1String("MixerWindow")) {
+        fill<Ui::MixerWindow>(window);
     } else if (name == QLatin1String("AboutWindow")) {
         fill<Ui::AboutWindow>(window);
     } else {

@@ -17,6 +17,7 @@
 #include "core/package/plist.h"
 #include "core/platform/beep.h"
 #include "core/prefs/preferences.h"
+#include "core/world/packagecheck.h"
 #include "core/world/world.h"
 
 namespace sylvora {
@@ -240,6 +241,27 @@ OSStatus World::loadDescription(const FSRef& package) {
         if (gPrefs) gPrefs->updateKnownWorlds(packageAlias.get(), name);
     }
     return pending;
+}
+
+OSStatus checkWorldPackage(const FSRef& package) {
+    FSRef dataFile;
+    OSStatus status = FSMakeFSRefCFString(package, QLatin1String(World::DATA_FILE_NAME), kTextEncodingUnknown, dataFile);
+    if (status != noErr) return status;
+    QByteArray bytes;
+    status = readWholeFile(dataFile, bytes);
+    if (status != noErr) return status;
+    const PlistPtr rootOwner = plistParse(bytes);
+    if (!rootOwner) return unreadablePropertyListErr;
+    const auto root = static_cast<plist_t>(rootOwner.get());
+    if (!plistIsDict(root)) return noErr;
+    // A package has both sound folders (saving makes them); one gone means files are missing, and
+    // the load's status for a missing folder is the answer, whichever list would have needed it.
+    for (const char* name : {World::LOOP_SOUNDS_SUBDIRECTORY_NAME, World::ENVIRONMENT_SOUNDS_SUBDIRECTORY_NAME}) {
+        FSRef folder;
+        status = FSMakeFSRefCFString(package, QLatin1String(name), kTextEncodingUnknown, folder);
+        if (status != noErr) return status;
+    }
+    return noErr;
 }
 
 }  // namespace sylvora

@@ -149,6 +149,15 @@ TEST_F(MprisTest, PlayPauseStopAndVolumeReachTheWorldAndTheMenus) {
         EXPECT_EQ(property(QStringLiteral("PlaybackStatus")).toString(), QLatin1String(step.status));
     }
 
+    // The application's own Play / Pause (menu, strip, Space, tray) and the interface agree: played
+    // again after a Stop, a pause is a pause.
+    EXPECT_EQ(call(PLAYER, QStringLiteral("Stop")).type(), QDBusMessage::ReplyMessage);
+    for (const Step& step : {Step{"app", true, "Playing"}, Step{"app", false, "Paused"}, Step{"app", true, "Playing"}}) {
+        app::dispatchCommand(app::command::PLAY_PAUSE);
+        EXPECT_EQ(app::gCurrentWorld->isPlaying(), step.playing);
+        EXPECT_EQ(property(QStringLiteral("PlaybackStatus")).toString(), QLatin1String(step.status));
+    }
+
     setProperty(QStringLiteral("Volume"), 0.5);
     EXPECT_DOUBLE_EQ(app::gCurrentWorld->getVolume(), 0.5);
     const QList<QAction*> items = app::getMenu(app::VOLUME_MENU_ID)->actions();

@@ -2,6 +2,7 @@
 // renaming a group in place; groups opening and closing; the controls that follow a selection.
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QLabel>
 #include <QTabBar>
 #include <QLineEdit>
@@ -49,6 +50,36 @@ TEST_F(EditorLists, LoopNamesSortNumericallyAndRemovalSelectsTheNeighbour) {
     EXPECT_EQ(slider("WET1", 8)->value(), 100);
     clickCommand("RMLS");  // nothing selected: nothing changes
     EXPECT_EQ(beeps, 0);
+}
+
+TEST_F(EditorLists, DeleteAndBackspaceRemoveTheSelectionAndTabGoesFromEachMinimumToItsMaximum) {
+    const SoundID a = world().addLoopSound(*WorldFixture::aliasOf(sound("A.wav")));
+    const SoundID b = world().addLoopSound(*WorldFixture::aliasOf(sound("B.wav")));
+    const SoundID owl = world().addEnvironmentSound(*WorldFixture::aliasOf(sound("Owl.wav")));
+    editor().startEditing();
+    QApplication::setActiveWindow(editor().getWindow());
+    struct Press {
+        app::EditorSoundList* list;
+        ItemID item;
+        Qt::Key key;
+    };
+    for (const Press& press : {Press{loopList(), a, Qt::Key_Delete}, Press{loopList(), b, Qt::Key_Backspace},
+                               Press{environmentList(), owl, Qt::Key_Delete}}) {
+        if (press.list == environmentList()) editor().showTab(app::WorldEditorWindow::ENVIRONMENT_SOUNDS_TAB);
+        select(press.list, press.item);
+        press.list->setFocus();
+        ASSERT_TRUE(processEventsUntil([&press] { return press.list->hasFocus(); }));
+        QTest::keyClick(press.list, press.key);
+        EXPECT_EQ(world().getLoopSoundIndex(press.item) + world().getEnvironmentSoundIndex(press.item), -2)
+            << "item " << press.item << " is gone";
+    }
+    const auto nextTabStop = [](QWidget* from) {
+        QWidget* next = from->nextInFocusChain();
+        while (next != from && !(next->focusPolicy() & Qt::TabFocus)) next = next->nextInFocusChain();
+        return next;
+    };
+    EXPECT_EQ(nextTabStop(slider("WET2", 10)), slider("WET2", 15));
+    EXPECT_EQ(nextTabStop(field("WET2", 19)), field("WET2", 23));
 }
 
 TEST_F(EditorLists, NewGroupsAreNamedInPlaceAndMoveToTheirSortedPlace) {

@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QTest>
 #include <QUrl>
 
 #include "app/info/aboutwindow.h"
@@ -54,6 +55,12 @@ TEST_F(AboutWindowTest, ShowsTheGraphicOnceAndTheVersionLine) {
     gAboutWindow->hide();
     gAboutWindow->show();
     EXPECT_EQ(graphic->pixmap().cacheKey(), first);
+
+    // Escape puts it away, as a dialog's would.
+    QApplication::setActiveWindow(gAboutWindow->getWindow());
+    settle();
+    QTest::keyClick(gAboutWindow->getWindow(), Qt::Key_Escape);
+    EXPECT_FALSE(gAboutWindow->isVisible());
 }
 
 TEST_F(AboutWindowTest, LinksOpenOnlyWhenReleasedOnThem) {

@@ -83,8 +83,16 @@ TEST_F(GetInfoWindowTest, DescriptionIsCutAfterTheSixthLine) {
     ASSERT_NE(layout, nullptr);
     EXPECT_EQ(GetInfoWindow::breakDescriptionLines(*layout, width), 6);
     const QTextLine last = layout->lineAt(5);
-    EXPECT_LT(last.textStart() + last.textLength(), longText.size());
     EXPECT_LE(last.naturalTextWidth(), width);
+    // Cut between two words, with an ellipsis where the rest would be.
+    const QString shown = layout->text();
+    ASSERT_TRUE(shown.endsWith(QChar(0x2026))) << shown.toStdString();
+    const QString kept = shown.chopped(1);
+    EXPECT_TRUE(longText.startsWith(kept));
+    EXPECT_TRUE(kept.endsWith(QLatin1String("leaves")) || kept.endsWith(QLatin1String("rain")) || kept.endsWith(QLatin1String("on")))
+        << kept.toStdString();
+    EXPECT_EQ(last.textStart() + last.textLength(), shown.size()) << "the ellipsis is on the sixth line";
+    EXPECT_GT(kept.size(), last.textStart() + 1) << "the sixth line holds words, not the ellipsis alone";
 
     auto shortLayout = GetInfoWindow::createATSUILayout(style.get(), width, 0.5, QStringLiteral("Wind."));
     EXPECT_EQ(GetInfoWindow::breakDescriptionLines(*shortLayout, width), 1);
@@ -233,10 +241,10 @@ TEST_F(GetInfoWindowTest, HidingMidSlideLeavesTheTextsInPlaceForTheNextShow) {
 TEST_F(GetInfoWindowTest, TitleNamesTheWorld) {
     gCurrentWorld->setName(QStringLiteral("Evening Forest"));
     gGetInfoWindow->show();
-    EXPECT_EQ(gGetInfoWindow->getWindow()->windowTitle(), QStringLiteral("Evening Forest Info"));
+    EXPECT_EQ(gGetInfoWindow->getWindow()->windowTitle(), QStringLiteral("Evening Forest Info[*]"));
     gCurrentWorld->setName(QString());
     gGetInfoWindow->updateDisplay();
-    EXPECT_EQ(gGetInfoWindow->getWindow()->windowTitle(), QStringLiteral("Untitled World Info"));
+    EXPECT_EQ(gGetInfoWindow->getWindow()->windowTitle(), QStringLiteral("Untitled World Info[*]"));
 }
 
 // Pixels near white, of the picture's own colour, and darker than it, in a band of rows of the view.

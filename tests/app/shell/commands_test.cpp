@@ -109,8 +109,10 @@ TEST_F(ShellCommands, KnownWorldCommandsOpenByIndexAndForgetWorldsThatAreGone) {
     answerMessageBox(QMessageBox::Ok, &alert);
     EXPECT_EQ(dispatchCommand(knownWorldCommand(knownWorldIndex(QStringLiteral("Alpha")))), noErr);
     ASSERT_TRUE(waitForAnswers());
-    EXPECT_EQ(alert.text, copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE));
+    EXPECT_EQ(alert.text, QStringLiteral("“Alpha” could not be opened: it is no longer there."));
     EXPECT_FALSE(alert.informativeText.isEmpty());
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Beta")) << "the world that played plays on";
+    EXPECT_TRUE(gCurrentWorld->isPlaying());
     EXPECT_EQ(knownWorldIndex(QStringLiteral("Alpha")), -1);
     EXPECT_EQ(gPrefs->getNumKnownWorlds(), 1);
 }

@@ -4,11 +4,13 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QLineEdit>
 #include <QMenu>
 #include <cmath>
 
 #include "app/desktop/trayicon.h"
+#include "app/desktop/autostart.h"
 #include "app/info/getinfowindow.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
@@ -84,11 +86,36 @@ TEST_F(ShellMenus, DockAndKnownWorldsMenusAreRebuiltWithoutDuplicates) {
     const QStringList first = itemTexts(*dockMenu);
     rebuildDockMenu();
     EXPECT_EQ(itemTexts(*dockMenu), first);
-    EXPECT_EQ(first.mid(0, 4), (QStringList{"Alpha*", "Beta", "-", dockVolumeSubMenu->title()}));
-    EXPECT_EQ(dockMenu->actions().at(3)->menu(), dockVolumeSubMenu);
+    // What a person with no window reaches for first, then the known worlds and the volume.
+    EXPECT_EQ(first.mid(0, 8), (QStringList{"Play", "Open World…", "New World", "-", "Alpha*", "Beta", "-",
+                                            dockVolumeSubMenu->title()}));
+    EXPECT_EQ(commandOf(*dockMenu->actions().at(0)), command::PLAY_PAUSE);
+    EXPECT_EQ(commandOf(*dockMenu->actions().at(1)), command::OPEN);
+    EXPECT_EQ(commandOf(*dockMenu->actions().at(2)), command::NEW);
+    EXPECT_EQ(dockMenu->actions().at(7)->menu(), dockVolumeSubMenu);
     // And last, the two items every tray menu ends with.
     EXPECT_EQ(commandOf(*dockMenu->actions().value(first.size() - 2)), command::SHOW);
     EXPECT_EQ(commandOf(*dockMenu->actions().value(first.size() - 1)), command::QUIT);
+
+    // Before them, the session's autostart entry, written and removed by one check item.
+    const auto autostartItem = [] {
+        rebuildDockMenu();
+        return dockMenu->actions().value(dockMenu->actions().size() - 3);
+    };
+    EXPECT_EQ(autostartItem()->text(), QStringLiteral("Start with the desktop session"));
+    EXPECT_TRUE(autostartEntryPath().startsWith(dir.path())) << "the private config folder";
+    for (bool wanted : {true, false}) {
+        QAction* item = autostartItem();
+        EXPECT_EQ(item->isChecked(), !wanted);
+        item->trigger();
+        EXPECT_EQ(QFile::exists(autostartEntryPath()), wanted);
+        EXPECT_EQ(autostartItem()->isChecked(), wanted);
+        if (!wanted) continue;
+        QFile entry(autostartEntryPath());
+        ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(entry.readAll());
+        EXPECT_TRUE(text.contains(QLatin1String("\nExec=")) && text.contains(QLatin1String(" --background\n"))) << text.toStdString();
+    }
 
     QMenu& knownWorlds = *getMenu(KNOWN_WORLDS_MENU_ID);
     knownWorldsMenuEventHandler();

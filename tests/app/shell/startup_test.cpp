@@ -5,11 +5,14 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <functional>
+#include <vector>
 
 #include "app/editor/worldeditorwindow.h"
 #include "app/info/getinfowindow.h"
 #include "app/shell/applicationevents.h"
 #include "app/shell/commanddispatch.h"
+#include "app/shell/bundledworlds.h"
 #include "app/shell/globals.h"
 #include "app/shell/startup.h"
 #include "app/shell/worldfiledialogs.h"
@@ -59,7 +62,7 @@ TEST_F(StartUpAndOpen, OpenDocumentsTakesTheFirstWorldPackageWhateverTheCaseOfIt
     answerMessageBox(QMessageBox::Ok, &alert);
     EXPECT_NE(doOpenDocsEvent({broken}), noErr);
     ASSERT_TRUE(waitForAnswers());
-    EXPECT_EQ(alert.text, copyLocalizedString(UNKNOWN_ERROR_OPENING_WORLD, ERRORS_STRINGS_FILE));
+    EXPECT_EQ(alert.text, QStringLiteral("“Broken” could not be opened: its data file is missing."));
     EXPECT_EQ(gPrefs->getNumKnownWorlds(), known);
 }
 
@@ -126,5 +129,92 @@ TEST_F(StartUpAndOpen, EachFileDialogComesBackInItsOwnFolderInTheNextRun) {
         dispatchCommand(command);
         ASSERT_TRUE(waitForAnswers());
         EXPECT_EQ(shown, command == command::OPEN ? worlds : saved);
+    }
+}
+
+namespace {
+
+bool anyWindowVisible() {
+    for (PlatformWindow* window : MyCarbonWindow::windowList()) {
+        if (window->isVisible()) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+TEST_F(StartUpAndOpen, FirstLaunchPlaysTheBundledWorldAndEveryLaunchByAPersonLeavesAWindow) {
+    ASSERT_TRUE(isFirstRun()) << "no settings file yet";
+    ASSERT_FALSE(bundledFirstWorld().isEmpty()) << "the build generates the example world";
+    openFirstWorld({});
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Evening Forest"));
+    EXPECT_TRUE(gCurrentWorld->isPlaying());
+    EXPECT_TRUE(gGetInfoWindow->isVisible()) << "new to this person, so its information comes up";
+
+    // Later launches reopen the last world as always, and with a tray standing for the application
+    // a launch still shows a window; in the background it shows none.
+    struct Launch {
+        const char* name;
+        bool background, tray, windowShown;
+    };
+    for (const Launch& launch : {Launch{"by a person, with a tray", false, true, true},
+                                 Launch{"in the background, with a tray", true, true, false},
+                                 Launch{"in the background, no tray", true, false, true}}) {
+        SCOPED_TRACE(launch.name);
+        shutDownApp();
+        startApp(launch.background);
+        setTrayAvailable(launch.tray);
+        EXPECT_FALSE(isFirstRun());
+        openFirstWorld({});
+        EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Evening Forest"));
+        EXPECT_TRUE(gCurrentWorld->isPlaying());
+        EXPECT_EQ(anyWindowVisible(), launch.windowShown);
+        EXPECT_EQ(gGetInfoWindow->isVisible(), launch.windowShown);
+    }
+
+    // A known world handed over by a later launch comes with its window when none is up.
+    const QString creek = makeWorldPackage(QStringLiteral("Creek"));
+    gPrefs->updateKnownWorlds(WorldFixture::aliasOf(creek).get(), QStringLiteral("Creek"));
+    gGetInfoWindow->hide();
+    openHandedDocuments({creek});
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Creek"));
+    EXPECT_TRUE(gGetInfoWindow->isVisible());
+    gGetInfoWindow->hide();
+    openHandedDocuments({});
+    EXPECT_TRUE(gGetInfoWindow->isVisible()) << "a second launch with nothing to open shows the world";
+}
+
+TEST_F(StartUpAndOpen, ADamagedWorldLeavesTheCurrentOnePlayingAndTheAlertNamesIt) {
+    ASSERT_EQ(doOpenDocsEvent({makeWorldPackage(QStringLiteral("Creek"))}), noErr);
+    struct Case {
+        const char* name;
+        std::function<void(const QString& package)> damage;
+        OSStatus status;
+        QString message;
+    };
+    const std::vector<Case> cases{
+        {"Broken Glade", [](const QString& package) {
+             QFile data(package + QStringLiteral("/data.plist"));
+             ASSERT_TRUE(data.open(QIODevice::WriteOnly | QIODevice::Truncate));
+             data.write("<?xml version=\"1.0\"?><plist><dict><key>Name</key><strin");
+         }, -1, QStringLiteral("“Broken Glade” could not be opened: its data file is damaged.")},
+        {"No Loops", [](const QString& package) { ASSERT_TRUE(QDir(package + QStringLiteral("/Loop Sounds")).removeRecursively()); },
+         -43, QStringLiteral("“No Loops” could not be opened: its folder “Loop Sounds” is missing.")},
+        {"No Birds", [](const QString& package) { ASSERT_TRUE(QDir(package + QStringLiteral("/Environment Sounds")).removeRecursively()); },
+         -43, QStringLiteral("“No Birds” could not be opened: its folder “Environment Sounds” is missing.")},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString package = makeWorldPackage(QLatin1String(c.name));
+        c.damage(package);
+        MessageSeen alert;
+        answerMessageBox(QMessageBox::Ok, &alert);
+        EXPECT_EQ(doOpenDocsEvent({package}), c.status);
+        ASSERT_TRUE(waitForAnswers());
+        EXPECT_EQ(alert.text, c.message);
+        EXPECT_FALSE(alert.informativeText.isEmpty()) << "what went wrong, in words, beneath";
+        EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Creek"));
+        EXPECT_TRUE(gCurrentWorld->isPlaying());
+        EXPECT_EQ(gCurrentWorld->getNumLoopSounds(), 1);
     }
 }

@@ -173,8 +173,8 @@ AppTest::~AppTest() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-void AppTest::startApp() {
-    app::startUp(app::StartUpOptions{.audioDevice = false, .tray = false});
+void AppTest::startApp(bool background) {
+    app::startUp(app::StartUpOptions{.audioDevice = false, .tray = false, .background = background});
     running_ = true;
 }
 

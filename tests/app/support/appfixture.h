@@ -43,7 +43,7 @@ protected:
     ~AppTest() override;
 
     // Started in the constructor; a test may shut down itself to look at what was stored.
-    void startApp();
+    void startApp(bool background = false);
     void shutDownApp();
     QString settingsFile() const;  // $XDG_CONFIG_HOME/Sylvora/Sylvora.ini
 

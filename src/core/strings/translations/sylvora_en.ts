@@ -67,6 +67,33 @@
         <source>Status 32767</source>
         <translation>the world has too many sounds to play at once</translation>
     </message>
+    <message>
+        <source>World Could Not Be Opened</source>
+        <extracomment>%1 is the world's name</extracomment>
+        <translation>“%1” could not be opened.</translation>
+    </message>
+    <message>
+        <source>World Could Not Be Opened Because</source>
+        <extracomment>%1 is the world's name, %2 the reason</extracomment>
+        <translation>“%1” could not be opened: %2</translation>
+    </message>
+    <message>
+        <source>Reason Damaged Data File</source>
+        <translation>its data file is damaged.</translation>
+    </message>
+    <message>
+        <source>Reason Missing Data File</source>
+        <translation>its data file is missing.</translation>
+    </message>
+    <message>
+        <source>Reason Missing Sound Folder</source>
+        <extracomment>%1 is the folder's name</extracomment>
+        <translation>its folder “%1” is missing.</translation>
+    </message>
+    <message>
+        <source>Reason Missing Package</source>
+        <translation>it is no longer there.</translation>
+    </message>
 </context>
 <context>
     <name>Misc</name>

@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# A first launch ever, as a new user makes it: `sylvora` with no arguments and no settings file,
+# which plays the bundled example world. Timed from the launch to the world's first sound reaching
+# a PulseAudio null sink, on a private X server, cache warm (one unmeasured launch first). The sink's
+# monitor is read in 5-ms blocks while the application starts; the time is taken when the first
+# block with any sound (above -60 dBFS: the null sink is otherwise exact silence) arrives, so the
+# recording's own latency is counted against us.
+# Usage: bench/app_first_run.sh [build-dir] [launches, default 7]
+set -euo pipefail
+source "$(dirname "$0")/world_common.sh"
+source "$(dirname "$0")/app_common.sh"
+launches=${2:-7}
+[[ -d "$build/examples/Evening Forest.sylvora" ]] || { echo "missing the example world: build the examples target" >&2; exit 1; }
+start_pulse
+start_x
+
+first_sound() {  # prints seconds from launch to the first block with sound
+  python3 - "$app" << 'PY'
+import array, os, signal, subprocess, sys, time
+recorder = subprocess.Popen(["parec", "-d", "sylvora_bench.monitor", "--raw", "--format=s16le",
+                             "--rate=48000", "--channels=2", "--latency-msec=5"],
+                            stdout=subprocess.PIPE, bufsize=0)
+block = 48 * 5 * 4  # 5 ms of 16-bit stereo
+def read_block():
+    data = b""
+    while len(data) < block:
+        more = recorder.stdout.read(block - len(data))
+        if not more:
+            sys.exit("the recorder stopped")
+        data += more
+    return array.array("h", data)
+for _ in range(40):  # 0.2 s of silence first: the recorder is streaming
+    read_block()
+launched = time.monotonic()
+app = subprocess.Popen(sys.argv[1:], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+heard = None
+while time.monotonic() - launched < 10:
+    if max(abs(s) for s in read_block()) > 33:  # -60 dBFS
+        heard = time.monotonic() - launched
+        break
+time.sleep(0.3)
+app.send_signal(signal.SIGTERM)
+app.wait()
+recorder.terminate()
+print(f"{heard:.3f}" if heard is not None else "never")
+PY
+}
+
+fresh_settings
+warm=$(first_sound)
+echo "warm-up launch: $warm s"
+times=()
+for ((i = 1; i <= launches; i++)); do
+  fresh_settings
+  times+=("$(first_sound)")
+  echo "launch $i: ${times[-1]} s"
+done
+sorted=($(printf '%s\n' "${times[@]}" | sort -g))
+echo "first launch to first sound of the bundled world over $launches warm launches: least ${sorted[0]} s, median ${sorted[$((launches / 2))]} s, most ${sorted[-1]} s"
+verdict=ok
+[[ ${sorted[-1]} != never ]] && (($(echo "${sorted[-1]} < 1.0" | bc))) || verdict="NOT under 1 s every time"
+echo "verdict: $verdict"
