@@ -52,7 +52,11 @@ bool SingleInstance::handToRunningInstance(const QStringList& documents) {
 bool SingleInstance::isRunning() {
     QLocalSocket socket;
     socket.connectToServer(serverName_);
-    return socket.waitForConnected(CONNECT_TIMEOUT_MS);
+    // As when handing over: a socket that accepts, however slowly, is a live instance.
+    while (!socket.waitForConnected(WAIT_STEP_MS)) {
+        if (socket.error() != QLocalSocket::SocketTimeoutError) return false;
+    }
+    return true;
 }
 
 bool SingleInstance::listen() {

@@ -32,7 +32,8 @@ QString minutesLeft(const SleepTimer& timer) {
 
 ControlStrip::ControlStrip(QWidget* parent) : QWidget(parent) {
     setAutoFillBackground(true);  // the desktop's window colour, not the picture's
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    // Never wider than the picture asks: at the window's minimum size the strip gives way.
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     auto* layout = new QHBoxLayout(this);
 
     playPause_ = new QToolButton(this);
