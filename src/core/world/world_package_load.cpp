@@ -248,7 +248,7 @@ OSStatus checkWorldPackage(const FSRef& package) {
     OSStatus status = FSMakeFSRefCFString(package, QLatin1String(World::DATA_FILE_NAME), kTextEncodingUnknown, dataFile);
     if (status != noErr) return status;
     QByteArray bytes;
-    status = readWholeFile(dataFile, bytes);
+    status = readDescription(package, dataFile, bytes);
     if (status != noErr) return status;
     const PlistPtr rootOwner = plistParse(bytes);
     if (!rootOwner) return unreadablePropertyListErr;
