@@ -243,7 +243,7 @@ TEST(DesktopApplication, AFirstLaunchWithEmptySettingsPlaysTheBundledWorld) {
     const double heard = session.secondsToFirstSound({}, app, 10.0);
     EXPECT_GE(heard, 0.0) << "the bundled world is not heard";
     ::testing::Test::RecordProperty("seconds_to_first_sound", QString::number(heard, 'f', 3).toStdString());
-    endWithSigterm(*app);
+    endWithSignal(*app, SIGTERM);
     QSettings stored(session.settingsFile(), QSettings::IniFormat);
     EXPECT_TRUE(stored.contains(QStringLiteral("Last Played"))) << "the bundled world is the last world played";
     pulse.stop();

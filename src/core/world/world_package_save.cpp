@@ -382,6 +382,8 @@ void World::releasePackageFiles() {
 }
 
 void World::reloadFromSavedPackage(const FSRef& package, bool wasPlaying) {
+    // The reload replaces every sound, the one being previewed with it.
+    if (previewStopper) previewStopper();
     packageAlias.reset();
     loadFromPackage(package);
     if (wasPlaying) start();
