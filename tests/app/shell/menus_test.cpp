@@ -55,7 +55,7 @@ TEST_F(ShellMenus, VolumeLevelsAreCheckedAndSteppedAtTheirBoundaries) {
         int level;
     };
     for (const Case c : {Case{0.0714, 0}, Case{0.0715, 1}, Case{0.5, 4}, Case{0.92, 6}, Case{0.93, 7}, Case{0.0, 0},
-                         Case{1.0, 7}}) {
+                         Case{1.0, 7}, Case{1.0 / 14.0, 1}, Case{13.0 / 14.0, 7}}) {
         SCOPED_TRACE(c.volume);
         gCurrentWorld->setVolume(0.3);  // the world ignores steps of 1e-4 and less
         gCurrentWorld->setVolume(c.volume);
@@ -118,7 +118,7 @@ TEST_F(ShellMenus, DockAndKnownWorldsMenusAreRebuiltWithoutDuplicates) {
     }
 
     QMenu& knownWorlds = *getMenu(KNOWN_WORLDS_MENU_ID);
-    knownWorldsMenuEventHandler();
+    Q_EMIT knownWorlds.aboutToShow();  // what opening it does
     knownWorldsMenuEventHandler();
     EXPECT_EQ(itemTexts(knownWorlds), (QStringList{"Alpha*", "Beta"}));
     EXPECT_EQ(commandOf(*knownWorlds.actions().at(1)) - Preferences::KNOWN_WORLD_COMMAND_BASE, 1u);

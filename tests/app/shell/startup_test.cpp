@@ -86,6 +86,7 @@ TEST_F(StartUpAndOpen, ShutDownStoresTheWorldAndVolumeThatTheNextRunReopens) {
     EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Creek"));
     EXPECT_TRUE(gCurrentWorld->isPlaying());
     EXPECT_FALSE(gWorldEditorWindow->isVisible());
+    EXPECT_TRUE(gGetInfoWindow->isVisible()) << "without a tray, a window to show that it runs";
 
     // A world never saved clears the last world; the next launch asks for one.
     dispatchCommand(command::NEW);
