@@ -25,9 +25,9 @@ QString buildEveningForest(const QString& staging, const QString& packagePath) {
     world.crossfade = 5;
 
     // Loop sounds: one plays at a time, the next crossfaded in five seconds before the end.
-    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Rain on the Pines.flac"), makeRain(44.0, SEED + 1), error), 0.84});
-    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Wind in the Crowns.flac"), makeWind(52.0, SEED + 2), error), 0.79});
-    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Forest Stream.flac"), makeStream(38.0, SEED + 3), error), 0.84});
+    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Rain on the Pines.flac"), makeRain(40.0, SEED + 1), error), 0.84});
+    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Wind in the Crowns.flac"), makeWind(44.0, SEED + 2), error), 0.79});
+    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Forest Stream.flac"), makeStream(34.0, SEED + 3), error), 0.84});
 
     // Birds take turns: one of the three is heard every 12 to 30 seconds.
     world.groups.push_back({QStringLiteral("Birds"), 12, 30});

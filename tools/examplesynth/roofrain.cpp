@@ -214,8 +214,8 @@ QString buildRainOnARoof(const QString& staging, const QString& packagePath) {
         "window, the gutter drips and thunder grumbles far away.");
     world.crossfade = 6;
 
-    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Steady Rain.flac"), makeRoofRain(46.0, 0.0, SEED + 1), error), 0.9});
-    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Rain in Gusts.flac"), makeRoofRain(42.0, 0.8, SEED + 2), error), 0.85});
+    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Steady Rain.flac"), makeRoofRain(42.0, 0.0, SEED + 1), error), 0.9});
+    world.loops.push_back({writeSoundInto(staging, QStringLiteral("Rain in Gusts.flac"), makeRoofRain(40.0, 0.8, SEED + 2), error), 0.85});
 
     world.groups.push_back({QStringLiteral("Gutter"), 14, 35});
     world.environment.push_back(
