@@ -45,6 +45,8 @@ for world in "Evening Forest" "Sea Shore" "Fireside"; do
   if [[ $world == "Evening Forest" ]]; then
     xdotool key --window "$(xdotool search --name "^$world Info" | head -n 1)" ctrl+e
     grab "World Editor" "$out/editor.png"
+    xdotool key --window "$(xdotool search --name "^$world Info" | head -n 1)" ctrl+m
+    grab "Mixer" "$out/mixer.png"
   fi
   kill "${pids[-1]}"; wait "${pids[-1]}" 2>/dev/null || true
   rm -rf "$scratch/config"  # each world opens as a first open

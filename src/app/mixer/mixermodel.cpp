@@ -207,7 +207,10 @@ QVariant MixerModel::data(const QModelIndex& index, int role) const {
             if (role == Qt::DisplayRole) return node->name;
             break;
         case LEVEL_COLUMN:
-            if (sound && (role == Qt::DisplayRole || role == Qt::EditRole)) return levelOf(world_, node->kind, node->id);
+            // The slider drawn over the cell shows the level; painted text would show through it.
+            if (!sound) break;
+            if (role == Qt::EditRole) return levelOf(world_, node->kind, node->id);
+            if (role == Qt::ToolTipRole) return tr("%1%").arg(levelOf(world_, node->kind, node->id));
             break;
         case SOUNDING_COLUMN:
             if (!sound || !isSounding(*node)) break;
