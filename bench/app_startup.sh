@@ -1,22 +1,33 @@
 #!/usr/bin/env bash
-# From launching sylvora with a world named on its command line to the first sound of that world
-# reaching a PulseAudio null sink, on a private X server, cache warm (one unmeasured launch first),
-# each launch with fresh settings (so the world is new to it and its Get Info window opens too).
+# From launching sylvora to the first sound of its world reaching a PulseAudio null sink, on a
+# private X server, cache warm (one unmeasured launch first), each launch with fresh settings.
+#   default      a tone world named on the command line (new to it, so its Get Info window opens too)
+#   --first-run  no argument at all, as a new user's first launch: the bundled example world plays
 # The sink's monitor is read in 5-ms blocks while the application starts; the time is taken when
-# the first block above -30 dBFS arrives, so the recording's own latency is counted against us.
-# Usage: bench/app_startup.sh [build-dir] [launches, default 7]
+# the first block with sound arrives (above -30 dBFS for the tone; above -60 dBFS for the bundled
+# world, which fades in and which the null sink otherwise keeps at exact silence), so the
+# recording's own latency is counted against us.
+# Usage: bench/app_startup.sh [--first-run] [build-dir] [launches, default 7]
 set -euo pipefail
+first_run=false
+if [[ ${1:-} == --first-run ]]; then first_run=true; shift; fi
 source "$(dirname "$0")/world_common.sh"
 source "$(dirname "$0")/app_common.sh"
 launches=${2:-7}
 
-sox -D -n -r 44100 -c 2 "$scratch/tone.flac" synth 30 sine 440 vol 0.5 2> /dev/null
-"$synth" assemble "$scratch/Tone.sylvora" --name "Tone" --loop "$scratch/tone.flac"
+if $first_run; then
+  [[ -d "$build/examples/Evening Forest.sylvora" ]] || { echo "missing the example world: build the examples target" >&2; exit 1; }
+  launch=("$app") threshold=33 what="first launch to first sound of the bundled world"
+else
+  sox -D -n -r 44100 -c 2 "$scratch/tone.flac" synth 30 sine 440 vol 0.5 2> /dev/null
+  "$synth" assemble "$scratch/Tone.sylvora" --name "Tone" --loop "$scratch/tone.flac"
+  launch=("$app" "$scratch/Tone.sylvora") threshold=1036 what="launch to first sound"
+fi
 start_pulse
 start_x
 
-first_sound() {  # prints seconds from launch to the first loud block
-  python3 - "$app" "$scratch/Tone.sylvora" << 'PY'
+first_sound() {  # prints seconds from launch to the first block with sound
+  python3 - "$threshold" "${launch[@]}" << 'PY'
 import array, os, signal, subprocess, sys, time
 recorder = subprocess.Popen(["parec", "-d", "sylvora_bench.monitor", "--raw", "--format=s16le",
                              "--rate=48000", "--channels=2", "--latency-msec=5"],
@@ -32,11 +43,12 @@ def read_block():
     return array.array("h", data)
 for _ in range(40):  # 0.2 s of silence first: the recorder is streaming
     read_block()
+threshold = int(sys.argv[1])
 launched = time.monotonic()
-app = subprocess.Popen(sys.argv[1:], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+app = subprocess.Popen(sys.argv[2:], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 heard = None
 while time.monotonic() - launched < 10:
-    if max(abs(s) for s in read_block()) > 1036:  # -30 dBFS
+    if max(abs(s) for s in read_block()) > threshold:
         heard = time.monotonic() - launched
         break
 time.sleep(0.3)
@@ -57,7 +69,7 @@ for ((i = 1; i <= launches; i++)); do
   echo "launch $i: ${times[-1]} s"
 done
 sorted=($(printf '%s\n' "${times[@]}" | sort -g))
-echo "launch to first sound over $launches warm launches: least ${sorted[0]} s, median ${sorted[$((launches / 2))]} s, most ${sorted[-1]} s"
+echo "$what over $launches warm launches: least ${sorted[0]} s, median ${sorted[$((launches / 2))]} s, most ${sorted[-1]} s"
 verdict=ok
-(($(echo "${sorted[-1]} < 1.0" | bc))) || verdict="NOT under 1 s every time"
+[[ ${sorted[-1]} != never ]] && (($(echo "${sorted[-1]} < 1.0" | bc))) || verdict="NOT under 1 s every time"
 echo "verdict: $verdict"

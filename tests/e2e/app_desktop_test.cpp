@@ -227,8 +227,8 @@ TEST(DesktopApplication, OpensIsHeardHandsOverQuitsOnSigtermOrSighupAndReopensTh
     pulse.stop();
 }
 
-// How soon is bench/app_first_run.sh's to say, on a quiet machine; here, that it is heard at all,
-// with the time kept in the test's record.
+// How soon is for `bench/app_startup.sh --first-run` to say, on a quiet machine; here, that it is
+// heard at all, with the time kept in the test's record.
 TEST(DesktopApplication, AFirstLaunchWithEmptySettingsPlaysTheBundledWorld) {
     TempDir temp;
     PulseServer pulse(temp.makeDir(QStringLiteral("pulse")));

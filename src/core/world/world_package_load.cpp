@@ -85,6 +85,18 @@ AliasHandle aliasOfEntry(const FSRef& package, const FSRef& directory, plist_t e
     return alias;
 }
 
+// The package's "data.plist" read and parsed; a package without one is missing a file.
+OSStatus parseDescription(const FSRef& package, PlistPtr& out) {
+    FSRef dataFile;
+    OSStatus status = FSMakeFSRefCFString(package, QLatin1String(World::DATA_FILE_NAME), kTextEncodingUnknown, dataFile);
+    if (status != noErr) return status;
+    QByteArray bytes;
+    status = readDescription(package, dataFile, bytes);
+    if (status != noErr) return status;
+    out = plistParse(bytes);
+    return out ? noErr : unreadablePropertyListErr;
+}
+
 // Hands `add` an alias of every dictionary entry of `array` whose "File Name" names an existing file
 // in the package's `subdirectory`; entries that do not are skipped without a word. The result is
 // the status of finding the subdirectory itself.
@@ -192,16 +204,9 @@ OSStatus World::loadFromPackage(const FSRef& package) {
 }
 
 OSStatus World::loadDescription(const FSRef& package) {
-    FSRef dataFile;
-    OSStatus status = FSMakeFSRefCFString(package, QLatin1String(DATA_FILE_NAME), kTextEncodingUnknown, dataFile);
+    PlistPtr rootOwner;
+    OSStatus status = parseDescription(package, rootOwner);
     if (status != noErr) return status;
-
-    QByteArray bytes;
-    status = readDescription(package, dataFile, bytes);
-    if (status != noErr) return status;
-
-    const PlistPtr rootOwner = plistParse(bytes);
-    if (!rootOwner) return unreadablePropertyListErr;
     const auto root = static_cast<plist_t>(rootOwner.get());
     if (!plistIsDict(root)) return noErr;
 
@@ -244,14 +249,9 @@ OSStatus World::loadDescription(const FSRef& package) {
 }
 
 OSStatus checkWorldPackage(const FSRef& package) {
-    FSRef dataFile;
-    OSStatus status = FSMakeFSRefCFString(package, QLatin1String(World::DATA_FILE_NAME), kTextEncodingUnknown, dataFile);
+    PlistPtr rootOwner;
+    OSStatus status = parseDescription(package, rootOwner);
     if (status != noErr) return status;
-    QByteArray bytes;
-    status = readDescription(package, dataFile, bytes);
-    if (status != noErr) return status;
-    const PlistPtr rootOwner = plistParse(bytes);
-    if (!rootOwner) return unreadablePropertyListErr;
     const auto root = static_cast<plist_t>(rootOwner.get());
     if (!plistIsDict(root)) return noErr;
     // A package has both sound folders (saving makes them); one gone means files are missing, and
