@@ -82,10 +82,20 @@ void refreshWindowTitles() {
 void watchWindows() {
     gRuntime->titleTimer.setInterval(TITLE_REFRESH_MS);
     QObject::connect(&gRuntime->titleTimer, &QTimer::timeout, &gRuntime->connections, refreshWindowTitles);
+    // Only a person at one of our windows edits the world unannounced, so the titles are watched
+    // while the application is active; idle in the background it does not wake for them.
+    const auto watchTitles = [] {
+        if (anyWindowShown() && QGuiApplication::applicationState() == Qt::ApplicationActive) {
+            gRuntime->titleTimer.start();
+        } else {
+            gRuntime->titleTimer.stop();
+            refreshWindowTitles();
+        }
+    };
+    QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &gRuntime->connections, watchTitles);
     for (PlatformWindow* window : MyCarbonWindow::windowList()) {
-        QObject::connect(window, &PlatformWindow::visibilityChanged, [] {
-            if (anyWindowShown()) gRuntime->titleTimer.start();
-            else gRuntime->titleTimer.stop();
+        QObject::connect(window, &PlatformWindow::visibilityChanged, [watchTitles] {
+            watchTitles();
             ShellEvents::instance().notifyStateChanged();
         });
         QObject::connect(window, &PlatformWindow::closedByUser, [] { windowClosedByUser(); });
