@@ -42,6 +42,7 @@ int runPlay(const CliOptions& options) {
 
     PlaySession session(world, world.getName(), options.duration);
     session.setSleep(options.sleep);
+    session.setOutput(output.get());
     const SignalPipe interrupts([&session](int) {
         // Ctrl+C fades out; a second one, or SIGTERM during the fade, stops at once.
         static int received = 0;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "audio/engine/engine.h"
+#include "audio/outputs/output.h"
 #include "cli/timeparsing.h"
 
 namespace sylvora::cli {
@@ -98,6 +99,10 @@ void PlaySession::showStatus() {
     parts << (name.isEmpty() ? QStringLiteral("(untitled world)") : name);
     if (live) {
         parts << formatClock(elapsed());
+    }
+    // The world plays on unheard meanwhile, so what the line says below is still its state.
+    if (output != nullptr && output->waitingForServer()) {
+        parts << QStringLiteral("No sound server — waiting");
     }
     const QString loops = observer.playingLoops();
     parts << QStringLiteral("loop: %1").arg(loops.isEmpty() ? QStringLiteral("-") : loops);

@@ -15,6 +15,10 @@
 #include "core/playback/sleeptimer.h"
 #include "core/world/world.h"
 
+namespace sylvora::audio {
+class AudioOutput;
+}
+
 namespace sylvora::cli {
 
 class PlaySession {
@@ -28,6 +32,8 @@ public:
 
     // [main] Before begin(): a sleep timer that runs out `seconds` after the start.
     void setSleep(std::optional<double> seconds) { sleepSeconds = seconds; }
+    // [main] Before begin(): the output whose waits for a sound server the line tells of.
+    void setOutput(const audio::AudioOutput* playing) { output = playing; }
     // [main] Starts the world and the timers; the caller then runs the Qt event loop.
     void begin();
     // [main] Starts the fade-out (once); `immediately` skips it.
@@ -44,6 +50,7 @@ private:
     QString name;
     std::optional<double> duration;
     std::optional<double> sleepSeconds;
+    const audio::AudioOutput* output = nullptr;
     std::unique_ptr<SleepTimer> sleepTimer;
     double startedAt = 0.0;
     double volumeBeforeFade = 1.0;

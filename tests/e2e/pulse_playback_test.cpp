@@ -7,6 +7,9 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QThread>
+#include <algorithm>
+#include <memory>
 
 #include "pulseserver.h"
 #include "support/signalanalysis.h"
@@ -41,6 +44,50 @@ QString writeToneWorld(const TempDir& temp) {
     return package;
 }
 
+// Records what reaches the test sink into `path`, from now until it is ended or the server goes.
+std::unique_ptr<QProcess> startRecorder(const PulseServer& server, const QString& path) {
+    auto recorder = std::make_unique<QProcess>();
+    recorder->setProcessEnvironment(server.clientEnvironment());
+    recorder->setStandardOutputFile(path);
+    recorder->start(QStringLiteral("parec"), {QStringLiteral("-d"), QStringLiteral("sylvora_test.monitor"),
+                                              QStringLiteral("--raw"), QStringLiteral("--format=s16le"),
+                                              QStringLiteral("--rate=%1").arg(RECORD_RATE), QStringLiteral("--channels=2"),
+                                              QStringLiteral("--latency-msec=50")});
+    EXPECT_TRUE(recorder->waitForStarted(-1)) << recorder->errorString().toStdString();
+    return recorder;
+}
+
+std::vector<float> stopRecording(QProcess& recorder, const QString& path) {
+    recorder.terminate();
+    recorder.waitForFinished(-1);
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return monoFromS16Stereo(file.readAll());
+}
+
+// sylvora-cli playing `package` for `seconds` into the server's sink.
+void startPlayer(QProcess& player, const PulseServer& server, const QString& package, int seconds) {
+    QProcessEnvironment playerEnvironment = server.clientEnvironment();
+    const QString lsan = playerEnvironment.value(QStringLiteral("LSAN_OPTIONS"));
+    playerEnvironment.insert(QStringLiteral("LSAN_OPTIONS"),
+                             (lsan.isEmpty() ? QString() : lsan + u':') +
+                                 QStringLiteral("suppressions=" SYLVORA_E2E_LEAK_SUPPRESSIONS ":print_suppressions=0"));
+    player.setProcessEnvironment(playerEnvironment);
+    player.start(QStringLiteral(SYLVORA_CLI_PATH),
+                 {QStringLiteral("play"), package, QStringLiteral("--duration"), QString::number(seconds)});
+    ASSERT_TRUE(player.waitForStarted(-1));
+}
+
+// The tone at full volume and at its pitch in the loudest second of `samples`.
+void expectTone(const std::vector<float>& samples) {
+    ASSERT_GE(samples.size(), std::size_t{RECORD_RATE * 2}) << "the recording holds less than two seconds";
+    const std::size_t window = RECORD_RATE;  // one second
+    const std::size_t loudest = loudestWindow(samples, window);
+    // A 0.5 peak sine at full volume has an RMS of 0.35; well above the floor, whatever the mixing.
+    EXPECT_GT(rms(samples, loudest, window), 0.15);
+    EXPECT_NEAR(dominantFrequency(samples, loudest, window, RECORD_RATE, 100.0, 8000.0), TONE_HZ, 3.0);
+}
+
 }  // namespace
 
 TEST(PulseAudioPlayback, ToneWorldReachesTheSoundServerAtItsPitch) {
@@ -54,42 +101,61 @@ TEST(PulseAudioPlayback, ToneWorldReachesTheSoundServerAtItsPitch) {
 
     // Record what reaches the sink, from before the player starts until after it ends.
     const QString recording = temp.filePath(QStringLiteral("recording.raw"));
-    QProcess recorder;
-    recorder.setProcessEnvironment(server.clientEnvironment());
-    recorder.setStandardOutputFile(recording);
-    recorder.start(QStringLiteral("parec"), {QStringLiteral("-d"), QStringLiteral("sylvora_test.monitor"),
-                                             QStringLiteral("--raw"), QStringLiteral("--format=s16le"),
-                                             QStringLiteral("--rate=%1").arg(RECORD_RATE), QStringLiteral("--channels=2"),
-                                             QStringLiteral("--latency-msec=50")});
-    ASSERT_TRUE(recorder.waitForStarted(-1)) << recorder.errorString().toStdString();
-
+    const auto recorder = startRecorder(server, recording);
     QProcess player;
-    QProcessEnvironment playerEnvironment = server.clientEnvironment();
-    const QString lsan = playerEnvironment.value(QStringLiteral("LSAN_OPTIONS"));
-    playerEnvironment.insert(QStringLiteral("LSAN_OPTIONS"),
-                             (lsan.isEmpty() ? QString() : lsan + u':') +
-                                 QStringLiteral("suppressions=" SYLVORA_E2E_LEAK_SUPPRESSIONS ":print_suppressions=0"));
-    player.setProcessEnvironment(playerEnvironment);
-    player.start(QStringLiteral(SYLVORA_CLI_PATH), {QStringLiteral("play"), package, QStringLiteral("--duration"), QStringLiteral("4")});
+    startPlayer(player, server, package, 4);
     ASSERT_TRUE(player.waitForFinished(-1));
     const QString playerErrors = QString::fromLocal8Bit(player.readAllStandardError());
     EXPECT_EQ(player.exitCode(), 0) << playerErrors.toStdString();
     // It played into the device, not into the silent fallback.
     EXPECT_FALSE(playerErrors.contains(QStringLiteral("no sound device"))) << playerErrors.toStdString();
     EXPECT_TRUE(QString::fromLocal8Bit(player.readAllStandardOutput()).contains(QStringLiteral("Played 'Tone'")));
+    expectTone(stopRecording(*recorder, recording));
+}
 
-    recorder.terminate();
-    recorder.waitForFinished(-1);
-    server.stop();
-
-    QFile file(recording);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const std::vector<float> samples = monoFromS16Stereo(file.readAll());
-    ASSERT_GE(samples.size(), std::size_t{RECORD_RATE * 2}) << "the recording holds less than two seconds";
-
-    const std::size_t window = RECORD_RATE;  // one second
-    const std::size_t loudest = loudestWindow(samples, window);
-    // A 0.5 peak sine at full volume has an RMS of 0.35; well above the floor, whatever the mixing.
-    EXPECT_GT(rms(samples, loudest, window), 0.15);
-    EXPECT_NEAR(dominantFrequency(samples, loudest, window, RECORD_RATE, 100.0, 8000.0), TONE_HZ, 3.0);
+// A sound server that goes away while the player plays (killed) or is not there yet when it starts:
+// the player waits, says so, and is heard again once a server answers, without being restarted.
+TEST(PulseAudioPlayback, PlayerIsHeardAgainOnceTheSoundServerIsBack) {
+    struct Case {
+        const char* name;
+        bool serverAtStart;
+    };
+    for (const Case& c : {Case{"killed while playing", true}, Case{"absent at the start", false}}) {
+        SCOPED_TRACE(c.name);
+        TempDir temp;
+        PulseServer server(temp.makeDir(QStringLiteral("pulse")));
+        QString why;
+        if (c.serverAtStart && !server.start(why)) {
+            GTEST_SKIP() << "No PulseAudio server can run here: " << why.toStdString();
+        }
+        const QString package = writeToneWorld(temp);
+        QProcess player;
+        startPlayer(player, server, package, 10);
+        QThread::msleep(1500);
+        if (c.serverAtStart) {
+            server.kill();
+            QThread::msleep(2000);
+        }
+        if (!server.start(why)) {
+            GTEST_SKIP() << "No PulseAudio server can run here: " << why.toStdString();
+        }
+        // From the server's return on: the tone, from the same player.
+        const QString recording = temp.filePath(QStringLiteral("after.raw"));
+        const auto recorder = startRecorder(server, recording);
+        QThread::msleep(4500);
+        const std::vector<float> after = stopRecording(*recorder, recording);
+        ASSERT_TRUE(player.waitForFinished(-1));
+        EXPECT_EQ(player.exitCode(), 0) << player.readAllStandardError().toStdString();
+        expectTone(after);
+        // A log gets each change of the line: the wait, then the world heard again.
+        const QString output = QString::fromUtf8(player.readAllStandardOutput());
+        const QStringList lines = output.split(u'\n');
+        const auto waits = [](const QString& line) { return line.contains(QStringLiteral("No sound server — waiting")); };
+        const auto waiting = std::find_if(lines.begin(), lines.end(), waits);
+        EXPECT_NE(waiting, lines.end()) << output.toStdString();
+        EXPECT_TRUE(std::any_of(waiting, lines.end(), [&](const QString& line) {
+            return !waits(line) && line.contains(QStringLiteral("loop: tone"));
+        })) << output.toStdString();
+        server.stop();
+    }
 }

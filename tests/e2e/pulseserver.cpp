@@ -72,6 +72,12 @@ void PulseServer::stop() {
     }
 }
 
+void PulseServer::kill() {
+    if (!daemon || daemon->state() == QProcess::NotRunning) return;
+    daemon->kill();
+    daemon->waitForFinished(-1);
+}
+
 QProcessEnvironment PulseServer::clientEnvironment() const {
     QProcessEnvironment client = environment;
     client.insert(QStringLiteral("PULSE_SERVER"), QStringLiteral("unix:") + socketPath);

@@ -23,8 +23,11 @@ public:
 
     // Starts the daemon and waits until it answers. False with `why` filled when no PulseAudio can
     // run here (no binary, or a daemon that exits instead of serving).
+    // Again after stop() or kill(): the same socket, a new daemon.
     bool start(QString& why);
     void stop();
+    // Ends the daemon at once (SIGKILL), as a crash or an impatient session manager would.
+    void kill();
 
     // The environment that points a client (SDL, parec, pactl) at this server and its sink.
     QProcessEnvironment clientEnvironment() const;

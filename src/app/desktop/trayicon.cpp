@@ -9,6 +9,7 @@
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
 #include "app/shell/shellevents.h"
+#include "app/shell/startup.h"
 #include "core/world/world.h"
 
 namespace sylvora::app {
@@ -49,6 +50,7 @@ void TrayIcon::refresh() {
     const QString name = gCurrentWorld->getName();
     QString tip = name.isEmpty() ? QApplication::applicationDisplayName()
                                  : QStringLiteral("%1 — %2").arg(QApplication::applicationDisplayName(), name);
+    if (soundServerMissing()) tip += QLatin1Char('\n') + tr("No sound server — waiting");
     if (const SleepTimerMenu* sleep = SleepTimerMenu::instance(); sleep && !sleep->statusText().isEmpty()) {
         tip += QLatin1Char('\n') + sleep->statusText();
     }

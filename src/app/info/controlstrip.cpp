@@ -67,6 +67,8 @@ ControlStrip::ControlStrip(QWidget* parent) : QWidget(parent) {
 }
 
 QString ControlStrip::stateText() {
+    // Said first: whatever the world does, nobody hears it.
+    if (soundServerMissing()) return tr("No sound server — waiting");
     if (gCurrentWorld == nullptr || !gCurrentWorld->isPlaying()) return tr("Paused");
     const SleepTimerMenu* sleep = SleepTimerMenu::instance();
     if (sleep != nullptr && sleep->timer().isActive()) return tr("Sleeping in %1").arg(minutesLeft(sleep->timer()));

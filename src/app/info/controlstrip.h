@@ -28,7 +28,7 @@ public:
     QToolButton* sleepButton() const { return sleep_; }
     QLabel* stateLabel() const { return state_; }
 
-    // "Playing", "Paused" or "Sleeping in 12 min".
+    // "Playing", "Paused" or "Sleeping in 12 min"; "No sound server — waiting" while there is none.
     static QString stateText();
     // [main] Shows the world's state, the master volume and the time the sleep timer has left.
     void refresh();

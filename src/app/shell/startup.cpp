@@ -137,6 +137,10 @@ void startUp(const StartUpOptions& options) {
     gRuntime->eventLoop = std::make_unique<QtEventLoop>();
     gRuntime->output = options.audioDevice ? audio::openDefaultOutput(*gRuntime->engine)
                                            : audio::makeNullOutput(*gRuntime->engine);
+    gRuntime->output->setServerListener([context = &gRuntime->connections] {
+        // Told on the output's own thread; the windows and the tray hear of it on the main one.
+        QMetaObject::invokeMethod(context, [] { ShellEvents::instance().notifyStateChanged(); }, Qt::QueuedConnection);
+    });
     gRuntime->output->start();
 
     gPrefs = new Preferences();
@@ -248,6 +252,7 @@ void shutDown() {
 }
 
 audio::Engine& applicationEngine() { return *gRuntime->engine; }
+bool soundServerMissing() { return gRuntime && gRuntime->output && gRuntime->output->waitingForServer(); }
 TrayIcon* applicationTray() { return gRuntime && gRuntime->tray && gRuntime->tray->isShown() ? gRuntime->tray.get() : nullptr; }
 
 namespace {

@@ -40,6 +40,9 @@ void shutDown();
 // What the application runs on, between startUp and shutDown.
 audio::Engine& applicationEngine();
 TrayIcon* applicationTray();  // null without a tray
+// Whether the sound server went away (or was never there) and the output waits for it; the world
+// plays on unheard meanwhile. A change of it is announced through ShellEvents::stateChanged.
+bool soundServerMissing();
 
 // The settings file the preferences use.
 QString preferencesFilePath();

@@ -4,13 +4,14 @@
 
 #include "audio/outputs/null/nulloutput.h"
 #include "audio/outputs/pulse/pulseoutput.h"
+#include "audio/outputs/pulse/reconnectingpulseoutput.h"
 #include "audio/outputs/sdl/sdloutput.h"
 
 namespace sylvora::audio {
 
 std::unique_ptr<AudioOutput> openDeviceOutput(Engine& engine, std::string& error) {
     std::string serverError;
-    if (auto server = PulseOutput::open(engine, serverError))
+    if (auto server = ReconnectingPulseOutput::open(engine, serverError))
         return server;
     if (auto device = SdlOutput::open(engine, error))
         return device;
@@ -28,9 +29,9 @@ std::unique_ptr<AudioOutput> openDefaultOutput(Engine& engine) {
         std::fprintf(stderr, "Sylvora: playing through %s\n", device->description().c_str());
         return device;
     }
-    std::fprintf(stderr, "Sylvora: no sound device (%s); playing silently.\n",
+    std::fprintf(stderr, "Sylvora: no sound device (%s); playing silently until a sound server appears.\n",
                  error.empty() ? "unknown" : error.c_str());
-    return makeNullOutput(engine);
+    return ReconnectingPulseOutput::waitForServer(engine);
 }
 
 }  // namespace sylvora::audio

@@ -4,6 +4,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "audio/engine/engine.h"
 
 namespace sylvora::audio {
@@ -35,13 +37,24 @@ PulseOutput::PulseOutput(Engine& engine) : engine_(engine) {}
 
 std::unique_ptr<PulseOutput> PulseOutput::open(Engine& engine, std::string& error) {
     std::unique_ptr<PulseOutput> output(new PulseOutput(engine));
-    if (!output->connect(error))
+    if (!output->connect(engine.lowLatencyWanted(), error))
         return nullptr;
     engine.setOutputLink(output.get());
+    output->linked_ = true;
     return output;
 }
 
-bool PulseOutput::connect(std::string& error) {
+std::unique_ptr<PulseOutput> PulseOutput::openHeld(Engine& engine, bool lowLatency, std::function<void()> lost,
+                                                   std::string& error) {
+    std::unique_ptr<PulseOutput> output(new PulseOutput(engine));
+    output->pulling_.store(false, std::memory_order_relaxed);
+    output->lostListener_ = std::move(lost);
+    if (!output->connect(lowLatency, error))
+        return nullptr;
+    return output;
+}
+
+bool PulseOutput::connect(bool lowLatency, std::string& error) {
     loop_ = pa_threaded_mainloop_new();
     if (!loop_) {
         error = "PulseAudio: no main loop";
@@ -87,7 +100,7 @@ bool PulseOutput::connect(std::string& error) {
     pa_stream_set_state_callback(stream_, &PulseOutput::streamChanged, this);
     pa_stream_set_write_callback(stream_, &PulseOutput::writeRequested, this);
     pa_stream_set_underflow_callback(stream_, &PulseOutput::underflowed, this);
-    shortBuffer_ = engine_.lowLatencyWanted();
+    shortBuffer_ = lowLatency;
     heldBack_ = shortBuffer_ ? 0 : bytes(LONG_HELD_BACK_SECONDS);
     pa_buffer_attr attr = bufferAttr(shortBuffer_);
     // Corked until start(). The server is asked for no latency of its own beyond the buffer.
@@ -106,13 +119,17 @@ bool PulseOutput::connect(std::string& error) {
     const char* server = pa_context_get_server(context_);
     description_ = std::string("PulseAudio") + (server ? std::string(" (") + server + ")" : std::string()) + ", " +
                    std::to_string(engine_.sampleRate()) + " Hz";
+    connected_ = true;
     return true;
 }
 
 PulseOutput::~PulseOutput() {
-    engine_.setOutputLink(nullptr);
+    if (linked_)
+        engine_.setOutputLink(nullptr);
     if (loop_)
         pa_threaded_mainloop_stop(loop_);
+    // The disconnects below end the connection on purpose.
+    lostListener_ = nullptr;
     if (longReturn_)
         pa_threaded_mainloop_get_api(loop_)->time_free(longReturn_);
     if (timingCheck_)
@@ -127,6 +144,20 @@ PulseOutput::~PulseOutput() {
     }
     if (loop_)
         pa_threaded_mainloop_free(loop_);
+}
+
+void PulseOutput::pullEngine() {
+    LoopLock lock(loop_);
+    pulling_.store(true, std::memory_order_release);
+    if (started_)
+        return;
+    // The server asks for the queue again at once, and gets the engine this time.
+    if (pa_operation* op = pa_stream_flush(stream_, &PulseOutput::operationDone, this)) {
+        while (pa_operation_get_state(op) == PA_OPERATION_RUNNING)
+            pa_threaded_mainloop_wait(loop_);
+        pa_operation_unref(op);
+    }
+    corkedNs_ = 0;
 }
 
 bool PulseOutput::start() {
@@ -227,17 +258,32 @@ std::uint64_t PulseOutput::framesPlayed() {
     return usec * static_cast<std::uint64_t>(engine_.sampleRate()) / PA_USEC_PER_SEC;
 }
 
-void PulseOutput::contextChanged(pa_context* /*context*/, void* self) {
-    pa_threaded_mainloop_signal(static_cast<PulseOutput*>(self)->loop_, 0);
+void PulseOutput::contextChanged(pa_context* context, void* self) {
+    auto* output = static_cast<PulseOutput*>(self);
+    if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(context)))
+        output->connectionFailed();
+    pa_threaded_mainloop_signal(output->loop_, 0);
 }
 
 void PulseOutput::streamChanged(pa_stream* stream, void* self) {
+    auto* output = static_cast<PulseOutput*>(self);
+    const pa_stream_state_t state = pa_stream_get_state(stream);
     // The loop's thread renders every block: like the streaming thread, it should not queue behind
     // whatever else keeps the cores busy while the queue drains. Without the privilege to raise
     // its priority it keeps the normal one.
-    if (pa_stream_get_state(stream) == PA_STREAM_READY)
+    if (state == PA_STREAM_READY)
         setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), AUDIO_NICE);
-    pa_threaded_mainloop_signal(static_cast<PulseOutput*>(self)->loop_, 0);
+    else if (!PA_STREAM_IS_GOOD(state))
+        output->connectionFailed();
+    pa_threaded_mainloop_signal(output->loop_, 0);
+}
+
+void PulseOutput::connectionFailed() {
+    // A failure while connecting is open()'s to report.
+    if (!connected_ || lost_.exchange(true, std::memory_order_acq_rel))
+        return;
+    if (lostListener_)
+        lostListener_();
 }
 
 void PulseOutput::operationDone(pa_stream* /*stream*/, int /*success*/, void* self) {
@@ -258,7 +304,10 @@ void PulseOutput::writeRequested(pa_stream* stream, std::size_t writable, void* 
         if (pa_stream_begin_write(stream, &data, &span) < 0 || !data)
             break;
         const std::size_t frames = std::min(span, bytes) / FRAME_BYTES;
-        output->engine_.render(static_cast<float*>(data), frames);
+        if (output->pulling_.load(std::memory_order_acquire))
+            output->engine_.render(static_cast<float*>(data), frames);
+        else
+            std::fill_n(static_cast<float*>(data), frames * 2, 0.0f);
         if (pa_stream_write(stream, data, frames * FRAME_BYTES, nullptr, 0, PA_SEEK_RELATIVE) < 0)
             break;
         output->written_.fetch_add(frames, std::memory_order_release);

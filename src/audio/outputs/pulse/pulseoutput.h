@@ -28,6 +28,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -49,6 +50,12 @@ class PulseOutput final : public AudioOutput, private OutputLink {
 
     // Null with `error` filled when no sound server answers or it refuses the stream.
     static std::unique_ptr<PulseOutput> open(Engine& engine, std::string& error);
+    // For an owner that speaks for it to the engine (OutputLink) and hands the engine over to it:
+    // not registered with the engine, and until pullEngine() the server's requests are answered
+    // with silence, so the engine is never pulled by two outputs at once. `lost` is called [audio]
+    // when the connection, once made, fails (the server went away); it must not call back in.
+    static std::unique_ptr<PulseOutput> openHeld(Engine& engine, bool lowLatency, std::function<void()> lost,
+                                                 std::string& error);
     ~PulseOutput() override;
 
     bool start() override;  // [main]
@@ -67,10 +74,16 @@ class PulseOutput final : public AudioOutput, private OutputLink {
     // [main] Engine frames the server has played so far, as of now; asks the server, so it waits
     // one round trip. For measurements.
     std::uint64_t framesPlayed();
+    // [main] of its owner, before start(): from now on the server's requests are answered by the
+    // engine, and the silence written before is dropped, so the engine is heard as soon as it plays.
+    void pullEngine();
+    // [any] The connection failed after it was made; nothing is played any more.
+    bool lost() const noexcept { return lost_.load(std::memory_order_acquire); }
 
   private:
     explicit PulseOutput(Engine& engine);
-    bool connect(std::string& error);
+    bool connect(bool lowLatency, std::string& error);
+    void connectionFailed();  // [audio]
     std::size_t bytes(double seconds) const;
     pa_buffer_attr bufferAttr(bool shortBuffer) const;
     void applyBuffer(bool shortBuffer);  // [audio] under the loop's lock
@@ -99,6 +112,12 @@ class PulseOutput final : public AudioOutput, private OutputLink {
     bool started_ = false;                 // written by the main thread under the loop's lock
     std::int64_t corkedNs_ = 0;            // what the queue holds while corked; under the loop's lock
     std::string description_;
+    bool linked_ = false;       // registered with the engine; [main]
+    bool connected_ = false;    // context and stream were ready once; under the loop's lock
+    std::function<void()> lostListener_;  // set before connect(), cleared before the teardown
+
+    std::atomic<bool> pulling_{true};
+    std::atomic<bool> lost_{false};
 
     std::atomic<std::uint64_t> written_{0};    // written by the audio thread
     std::atomic<std::uint64_t> underruns_{0};  // written by the audio thread
