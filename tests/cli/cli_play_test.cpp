@@ -28,9 +28,10 @@ TEST(PlayCommand, WithoutADeviceSaysSoOnceAndPlaysForTheDuration) {
     const QStringList errors = nonEmptyLines(result.err);
     ASSERT_EQ(errors.size(), 1) << result.err.toStdString();
     EXPECT_TRUE(errors[0].contains(QStringLiteral("no sound device")));
-    // Not a terminal: plain lines, each naming the world, and no carriage returns.
+    // Not a terminal: plain lines, each naming the world and the wait for a server, and no
+    // carriage returns.
     EXPECT_FALSE(result.out.contains(u'\r'));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("Evening Forest | loop: ")));
+    EXPECT_TRUE(result.out.contains(QStringLiteral("Evening Forest | No sound server — waiting | loop: ")));
     EXPECT_TRUE(result.out.contains(QStringLiteral("Played 'Evening Forest' for ")));
 }
 
