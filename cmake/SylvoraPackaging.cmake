@@ -19,7 +19,10 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The Sylvora developers <sylvora@localhost>"
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Without the MIME database a file manager does not know a ".sylvora" folder is a world.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "shared-mime-info, desktop-file-utils, hicolor-icon-theme")
+# Without the MIME database a file manager does not know a ".sylvora" folder is a world. Sylvora's
+# own texts are built into the binaries; Qt's translations give the standard dialogs (files,
+# message box buttons) the same language.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "shared-mime-info, desktop-file-utils, hicolor-icon-theme, qt6-translations-l10n")
 set(CPACK_STRIP_FILES ON)
 include(CPack)

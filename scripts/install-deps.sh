@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config git
-  qt6-base-dev qt6-tools-dev qt6-l10n-tools qt6-image-formats-plugins qt6-qpa-plugins
+  qt6-base-dev qt6-tools-dev qt6-l10n-tools qt6-translations-l10n qt6-image-formats-plugins qt6-qpa-plugins
   libplist-dev libsndfile1-dev libsoxr-dev libsdl2-dev libpulse-dev libasound2-dev
   libavformat-dev libavcodec-dev libavutil-dev
   libgtest-dev libgmock-dev libbenchmark-dev

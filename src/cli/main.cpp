@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <QLocale>
 #include <cstdio>
 
 #include "cli/clioptions.h"
@@ -18,7 +19,9 @@ using namespace sylvora::cli;
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("sylvora-cli"));
-    sylvora::installStringTables();
+    // The command line speaks English only: its own messages are not translated, and a failure
+    // half in the desktop's language would read worse than one wholly in English.
+    sylvora::installStringTables(QLocale(QLocale::English));
     // The scheduler's diagnostics beep before they print; in a terminal that is the bell, and where
     // standard error goes to a file or a pipe a BEL byte would only be noise in it.
     if (::isatty(STDERR_FILENO)) {

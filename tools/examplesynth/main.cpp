@@ -8,6 +8,7 @@
 //       saves a world of those files; --interval applies to the environment sounds
 
 #include <QCoreApplication>
+#include <QLocale>
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -90,7 +91,8 @@ int runAssemble(const QStringList& arguments) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    sylvora::installStringTables();
+    // The bundled worlds are written in English whatever the language of the machine building them.
+    sylvora::installStringTables(QLocale(QLocale::English));
     QStringList arguments = QCoreApplication::arguments().mid(1);
     const QString mode = arguments.isEmpty() ? QString() : arguments.takeFirst();
     if (mode == u"example") return runExample(arguments);

@@ -36,11 +36,13 @@ bool setAutostartEnabled(bool enabled) {
     if (!QDir().mkpath(QFileInfo(path).absolutePath())) return false;
     QSaveFile entry(path);
     if (!entry.open(QIODevice::WriteOnly | QIODevice::Text)) return false;
+    // A desktop entry carries its translations itself, as the installed one does.
     const QString text = QStringLiteral(
                              "[Desktop Entry]\n"
                              "Type=Application\n"
                              "Name=Sylvora\n"
                              "Comment=Plays the last ambient sound world from the tray\n"
+                             "Comment[de]=Spielt die zuletzt gehörte Klangwelt aus dem Infobereich\n"
                              "Exec=%1 --background\n"
                              "Icon=sylvora\n"
                              "Terminal=false\n"

@@ -56,8 +56,9 @@ void WorldEditorWindow::wireSliders() {
     for (auto [slider, name] : {std::pair{c.loopVolume, "loopVolumeValue"}, std::pair{c.minVolume, "minVolumeValue"},
                                 std::pair{c.maxVolume, "maxVolumeValue"}}) {
         if (auto* label = window->findChild<QLabel*>(QLatin1String(name))) {
+            label->setText(percentText(slider->value()));
             QObject::connect(slider, &QSlider::valueChanged, label,
-                             [label](int value) { label->setText(QStringLiteral("%1%").arg(value)); });
+                             [label](int value) { label->setText(percentText(value)); });
         }
     }
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "audio/engine/soundinstance.h"
+#include "core/strings/stringresources.h"
 
 namespace sylvora::app {
 
@@ -210,7 +211,7 @@ QVariant MixerModel::data(const QModelIndex& index, int role) const {
             // The slider drawn over the cell shows the level; painted text would show through it.
             if (!sound) break;
             if (role == Qt::EditRole) return levelOf(world_, node->kind, node->id);
-            if (role == Qt::ToolTipRole) return tr("%1%").arg(levelOf(world_, node->kind, node->id));
+            if (role == Qt::ToolTipRole) return percentText(levelOf(world_, node->kind, node->id));
             break;
         case SOUNDING_COLUMN:
             if (!sound || !isSounding(*node)) break;

@@ -264,7 +264,10 @@ int answerWithoutStarting(const LaunchRequest& request) {
         case LaunchRequest::Action::Help: std::fputs(qPrintable(usageText()), stdout); return 0;
         case LaunchRequest::Action::Version: std::fputs(qPrintable(versionText()), stdout); return 0;
         case LaunchRequest::Action::Usage:
-            std::fprintf(stderr, "sylvora: unknown option %s\n%s", qPrintable(request.unknownOption), qPrintable(usageText()));
+            std::fprintf(stderr, "%s\n%s",
+                         qPrintable(QCoreApplication::translate("sylvora", "sylvora: unknown option %1")
+                                        .arg(request.unknownOption)),
+                         qPrintable(usageText()));
             return 2;
     }
     return -1;
@@ -276,8 +279,14 @@ int runApplication(int argc, char** argv) {
     {
         QStringList raw;
         for (int i = 1; i < argc; ++i) raw << QString::fromLocal8Bit(argv[i]);
-        // Before QApplication, which needs a display: --help and --version work without one.
-        if (const int status = answerWithoutStarting(parseCommandLine(raw, false)); status >= 0) return status;
+        // Before QApplication, which needs a display: --help and --version work without one, and
+        // speak the desktop's language through a core application of their own.
+        const LaunchRequest early = parseCommandLine(raw, false);
+        if (early.action != LaunchRequest::Action::Run) {
+            QCoreApplication answering(argc, argv);
+            installStringTables();
+            return answerWithoutStarting(early);
+        }
     }
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Sylvora"));

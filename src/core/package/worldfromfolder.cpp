@@ -1,5 +1,6 @@
 #include "core/package/worldfromfolder.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QImageReader>
@@ -45,39 +46,44 @@ bool tryPicture(World& world, const QString& path, FolderWorldItem& item) {
         return false;
     }
     item.role = Role::Picture;
-    item.reason = QStringLiteral("the world's picture");
+    item.reason = QCoreApplication::translate("WorldFromFolder", "the world's picture");
     return true;
 }
 
 void addSound(World& world, const QString& path, FolderWorldItem& item) {
     const AliasHandle alias = aliasOf(path);
     if (!alias) {
-        item.reason = QStringLiteral("cannot be read");
+        item.reason = QCoreApplication::translate("WorldFromFolder", "cannot be read");
         return;
     }
     if (item.seconds >= WorldFromFolder::LOOP_SOUND_MIN_SECONDS) {
         if (world.addLoopSound(*alias) == 0) {
-            item.reason = world.getNumLoopSounds() >= World::MAX_LOOP_SOUNDS
-                              ? QStringLiteral("a world holds at most %1 loop sounds").arg(World::MAX_LOOP_SOUNDS)
-                              : QStringLiteral("cannot be played");
+            item.reason =
+                world.getNumLoopSounds() >= World::MAX_LOOP_SOUNDS
+                    ? QCoreApplication::translate("WorldFromFolder", "a world holds at most %1 loop sounds")
+                          .arg(World::MAX_LOOP_SOUNDS)
+                    : QCoreApplication::translate("WorldFromFolder", "cannot be played");
             return;
         }
         item.role = Role::LoopSound;
-        item.reason = QStringLiteral("%1 s or longer: plays without end").arg(WorldFromFolder::LOOP_SOUND_MIN_SECONDS);
+        item.reason = QCoreApplication::translate("WorldFromFolder", "%1 s or longer: plays without end")
+                          .arg(WorldFromFolder::LOOP_SOUND_MIN_SECONDS);
         return;
     }
     const SoundID id = world.addEnvironmentSound(*alias);
     if (id == 0) {
         item.reason = world.getNumEnvironmentSounds() >= World::MAX_ENVIRONMENT_SOUNDS
-                          ? QStringLiteral("a world holds at most %1 environment sounds").arg(World::MAX_ENVIRONMENT_SOUNDS)
-                          : QStringLiteral("cannot be played");
+                          ? QCoreApplication::translate("WorldFromFolder",
+                                                        "a world holds at most %1 environment sounds")
+                                .arg(World::MAX_ENVIRONMENT_SOUNDS)
+                          : QCoreApplication::translate("WorldFromFolder", "cannot be played");
         return;
     }
     WorldFromFolder::intervalsForLength(item.seconds, item.minInterval, item.maxInterval);
     world.setEnvironmentSoundMinInterval(id, item.minInterval);
     world.setEnvironmentSoundMaxInterval(id, item.maxInterval);
     item.role = Role::EnvironmentSound;
-    item.reason = QStringLiteral("shorter than %1 s: heard every %2 to %3 s")
+    item.reason = QCoreApplication::translate("WorldFromFolder", "shorter than %1 s: heard every %2 to %3 s")
                       .arg(WorldFromFolder::LOOP_SOUND_MIN_SECONDS)
                       .arg(item.minInterval)
                       .arg(item.maxInterval);
@@ -87,7 +93,8 @@ void addSound(World& world, const QString& path, FolderWorldItem& item) {
 
 int FolderWorldReport::count(FolderWorldItem::Role role) const {
     int n = 0;
-    for (const FolderWorldItem& item : items) n += item.role == role ? 1 : 0;
+    for (const FolderWorldItem& item : items)
+        n += item.role == role ? 1 : 0;
     return n;
 }
 
@@ -106,7 +113,7 @@ OSStatus WorldFromFolder::fillWorld(World& world, const QString& folder, const Q
     world.resetToInitialState();
     const QFileInfo folderInfo(folder);
     if (!folderInfo.isDir()) {
-        report.error = QStringLiteral("'%1' is not a folder").arg(folder);
+        report.error = QCoreApplication::translate("WorldFromFolder", "'%1' is not a folder").arg(folder);
         return dirNFErr;
     }
     report.name = name.isEmpty() ? folderInfo.fileName() : name;
@@ -114,27 +121,38 @@ OSStatus WorldFromFolder::fillWorld(World& world, const QString& folder, const Q
 
     const QDir dir(folderInfo.absoluteFilePath());
     bool havePicture = false;
-    for (const QFileInfo& file : dir.entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot,
-                                                   QDir::Name | QDir::IgnoreCase)) {
+    for (const QFileInfo& file :
+         dir.entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::IgnoreCase)) {
         FolderWorldItem item;
         item.fileName = file.fileName();
         const QString path = file.absoluteFilePath();
         if (file.isDir()) {
-            item.reason = QStringLiteral("a folder: only the files directly inside are used");
+            item.reason = QCoreApplication::translate("WorldFromFolder",
+                                                      "a folder: only the files directly inside are used");
         } else if (!QImageReader::imageFormat(path).isEmpty()) {
-            if (havePicture) item.reason = QStringLiteral("another picture: the world has one");
-            else if (!tryPicture(world, path, item)) item.reason = QStringLiteral("a picture that cannot be decoded");
+            if (havePicture)
+                item.reason =
+                    QCoreApplication::translate("WorldFromFolder", "another picture: the world has one");
+            else if (!tryPicture(world, path, item))
+                item.reason =
+                    QCoreApplication::translate("WorldFromFolder", "a picture that cannot be decoded");
             havePicture |= item.role == Role::Picture;
         } else {
             item.seconds = soundSeconds(world.getEngine(), path);
-            if (item.seconds < 0.0) item.reason = QStringLiteral("not a sound file that can be decoded");
-            else if (item.seconds <= 0.0) item.reason = QStringLiteral("holds no sound");
-            else addSound(world, path, item);
+            if (item.seconds < 0.0)
+                item.reason =
+                    QCoreApplication::translate("WorldFromFolder", "not a sound file that can be decoded");
+            else if (item.seconds <= 0.0)
+                item.reason = QCoreApplication::translate("WorldFromFolder", "holds no sound");
+            else
+                addSound(world, path, item);
         }
         report.items << item;
     }
     if (world.getNumLoopSounds() == 0 && world.getNumEnvironmentSounds() == 0) {
-        report.error = QStringLiteral("no sound file in '%1' could be decoded").arg(folder);
+        report.error =
+            QCoreApplication::translate("WorldFromFolder", "no sound file in '%1' could be decoded")
+                .arg(folder);
         world.resetToInitialState();
         return paramErr;
     }
@@ -146,25 +164,31 @@ OSStatus WorldFromFolder::makePackage(World& world, const QString& folder, const
     const QFileInfo destination(packagePath);
     if (destination.suffix().compare(QLatin1String(World::PACKAGENAME_EXTENSION), Qt::CaseInsensitive) != 0) {
         report = FolderWorldReport{};
-        report.error = QStringLiteral("a world package's name ends in .%1: '%2'")
-                           .arg(QLatin1String(World::PACKAGENAME_EXTENSION), packagePath);
+        report.error =
+            QCoreApplication::translate("WorldFromFolder", "a world package's name ends in .%1: '%2'")
+                .arg(QLatin1String(World::PACKAGENAME_EXTENSION), packagePath);
         return paramErr;
     }
     if (destination.exists() || destination.isSymLink()) {
         report = FolderWorldReport{};
-        report.error = QStringLiteral("'%1' already exists").arg(packagePath);
+        report.error = QCoreApplication::translate("WorldFromFolder", "'%1' already exists").arg(packagePath);
         return dupFNErr;
     }
     FSRef parent;
     if (FSPathMakeRef(destination.absolutePath(), parent) != noErr) {
         report = FolderWorldReport{};
-        report.error = QStringLiteral("the folder '%1' does not exist").arg(destination.absolutePath());
+        report.error = QCoreApplication::translate("WorldFromFolder", "the folder '%1' does not exist")
+                           .arg(destination.absolutePath());
         return dirNFErr;
     }
     OSStatus status = fillWorld(world, folder, name, report);
-    if (status != noErr) return status;
+    if (status != noErr)
+        return status;
     status = world.doSaveAs(parent, destination.fileName());
-    if (status != noErr) report.error = QStringLiteral("the world could not be saved as '%1': %2").arg(packagePath, copyStatusDescription(status));
+    if (status != noErr)
+        report.error =
+            QCoreApplication::translate("WorldFromFolder", "the world could not be saved as '%1': %2")
+                .arg(packagePath, copyStatusDescription(status));
     return status;
 }
 

@@ -1,9 +1,12 @@
 #pragma once
 
 // Every user-visible text that is not part of a world is looked up by key in one of two tables,
-// "Errors" and "Misc"; the key itself is the text when a table has no entry for it. The tables are
-// Qt translation files compiled into the application, with the table name as the context.
+// "Errors" and "Misc", or is a tr() text of the widget that shows it. The tables are Qt translation
+// files compiled into the application, with the table name as the context: an English one holding
+// every key, and one per other language laid over it, so a key a language lacks reads in English.
+// The key itself is the text only when even the English table has no entry for it.
 
+#include <QLocale>
 #include <QString>
 
 #include "util/status.h"
@@ -24,10 +27,13 @@ inline constexpr const char* SELECT_ENVIRONMENT_SOUND_FILES_PROMPT_KEY = "Select
 inline constexpr const char* GET_INFO_WINDOW_TITLE_FORMAT_STRING_KEY = "World Info";
 inline constexpr const char* GET_INFO_WINDOW_UNTITLED_TITLE_STRING_KEY = "Untitled World Info";
 inline constexpr const char* HELP_PAGE_CREATING_A_WORLD_KEY = "CreatingAWorld.html";
+// A whole percentage (%1), as the language writes it ("80%", "80 %").
+inline constexpr const char* PERCENT_FORMAT_KEY = "Percent";
 
 // "Errors": what a status means, as words that fit inside a sentence ("the disk is full"). The key
-// is "Status" and the number.
+// is "Status" and the number; a status without words is said as "error" and its number (%1).
 inline constexpr const char* STATUS_EXPLANATION_KEY_FORMAT = "Status %1";
+inline constexpr const char* UNEXPLAINED_STATUS_KEY = "Unexplained Status";
 
 inline constexpr const char* EMPTY_STRING = "";
 inline constexpr const char* INTEGER_FORMAT_STRING = "%d";
@@ -44,9 +50,15 @@ QString copyStatusExplanation(OSStatus status);
 QString copyStatusDescription(OSStatus status);
 // `text` with its first letter in upper case, for a phrase that opens a sentence of its own.
 QString capitalizedFirstLetter(const QString& text);
+// `value` percent with the digits and sign of the default locale.
+QString percentText(int value);
 
-// Loads the compiled tables into the running QCoreApplication; call once after creating it.
-// Returns false when they cannot be loaded (lookups then fall back to the keys).
-bool installStringTables();
+// Loads the compiled tables into the running QCoreApplication for `locale`'s languages: the English
+// table always, the first of the locale's languages that has a table of its own over it, and Qt's
+// own texts for that language (the standard dialogs' buttons) where the system has them. The
+// default locale follows the desktop (LANGUAGE, LC_ALL, LC_MESSAGES, LANG). Returns false when not
+// even the English table loads (lookups then fall back to the keys). Calling it again with another
+// locale replaces the tables; texts already on screen keep their language.
+bool installStringTables(const QLocale& locale = QLocale());
 
 }  // namespace sylvora

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QLocale>
 
 #include "core/strings/stringresources.h"
 
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
     QApplication::setOrganizationName(QStringLiteral("Sylvora"));
     QApplication::setApplicationName(QStringLiteral("Sylvora"));
     QApplication::setQuitOnLastWindowClosed(false);
-    sylvora::installStringTables();
+    // English whatever the machine's language, so the expected texts hold everywhere.
+    sylvora::installStringTables(QLocale(QLocale::English));
     return RUN_ALL_TESTS();
 }

@@ -68,6 +68,11 @@
         <translation>the world has too many sounds to play at once</translation>
     </message>
     <message>
+        <source>Unexplained Status</source>
+        <extracomment>%1 is the status number</extracomment>
+        <translation>error %1</translation>
+    </message>
+    <message>
         <source>World Could Not Be Opened</source>
         <extracomment>%1 is the world's name</extracomment>
         <translation>“%1” could not be opened.</translation>
@@ -134,6 +139,11 @@
     <message>
         <source>CreatingAWorld.html</source>
         <translation>CreatingAWorld.html</translation>
+    </message>
+    <message>
+        <source>Percent</source>
+        <extracomment>%1 is a whole number of percent</extracomment>
+        <translation>%1%</translation>
     </message>
     <message>
         <source>Ask Save Changes Closing</source>

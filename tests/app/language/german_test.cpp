@@ -1,0 +1,150 @@
+// Under a German desktop the menus, the tray menu and the windows speak German: no word is left
+// on them that only the English texts use. The English words are every word of the English texts
+// that the German ones never use, so a text nobody translated, or forgot to mark for translation,
+// still shows one of them.
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTabWidget>
+#include <QXmlStreamReader>
+
+#include "app/editor/worldeditorwindow.h"
+#include "app/info/aboutwindow.h"
+#include "app/info/getinfowindow.h"
+#include "app/mixer/mixerwindow.h"
+#include "app/shell/applicationevents.h"
+#include "app/shell/commanddispatch.h"
+#include "app/shell/commandline.h"
+#include "app/shell/globals.h"
+#include "app/shell/menus.h"
+#include "app/support/appfixture.h"
+#include "core/strings/stringresources.h"
+
+using namespace sylvora;
+using namespace sylvora::app;
+using namespace sylvora::test;
+
+namespace {
+
+QSet<QString> wordsOf(const QString& text) {
+    static const QRegularExpression word(QStringLiteral("\\p{L}{3,}"));
+    QSet<QString> words;
+    QString plain = text;
+    plain.remove(QLatin1Char('&'));  // mnemonics
+    for (const QRegularExpressionMatch& m : word.globalMatch(plain))
+        words.insert(m.captured().toLower());
+    return words;
+}
+
+// The words of a translation file's <source> or <translation> texts.
+QSet<QString> wordsIn(const QString& tsFile, const QString& element) {
+    QFile file(QStringLiteral(SYLVORA_TRANSLATIONS_DIR "/") + tsFile);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << tsFile.toStdString();
+    QXmlStreamReader xml(&file);
+    QSet<QString> words;
+    while (!xml.atEnd()) {
+        if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == element)
+            words.unite(wordsOf(xml.readElementText()));
+    }
+    EXPECT_FALSE(xml.hasError()) << tsFile.toStdString();
+    return words;
+}
+
+void collectMenu(const QMenu& menu, QStringList& texts) {
+    texts << menu.title();
+    for (const QAction* action : menu.actions()) {
+        texts << action->text() << action->toolTip();
+        if (action->menu() != nullptr)
+            collectMenu(*action->menu(), texts);
+    }
+}
+
+void collectModel(const QAbstractItemModel& model, const QModelIndex& parent, QStringList& texts) {
+    for (int column = 0; column < model.columnCount(parent); ++column)
+        texts << model.headerData(column, Qt::Horizontal).toString();
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        for (int column = 0; column < model.columnCount(parent); ++column) {
+            const QModelIndex index = model.index(row, column, parent);
+            texts << index.data(Qt::DisplayRole).toString() << index.data(Qt::ToolTipRole).toString();
+        }
+        collectModel(model, model.index(row, 0, parent), texts);
+    }
+}
+
+void collectWindow(QWidget& window, QStringList& texts) {
+    texts << window.windowTitle();
+    for (QWidget* w : window.findChildren<QWidget*>()) {
+        texts << w->toolTip() << w->accessibleName();
+        if (auto* label = qobject_cast<QLabel*>(w))
+            texts << label->text();
+        if (auto* button = qobject_cast<QAbstractButton*>(w))
+            texts << button->text();
+        if (auto* box = qobject_cast<QGroupBox*>(w))
+            texts << box->title();
+        if (auto* line = qobject_cast<QLineEdit*>(w))
+            texts << line->placeholderText();
+        if (auto* edit = qobject_cast<QPlainTextEdit*>(w))
+            texts << edit->placeholderText();
+        if (auto* tabs = qobject_cast<QTabWidget*>(w)) {
+            for (int i = 0; i < tabs->count(); ++i)
+                texts << tabs->tabText(i) << tabs->tabToolTip(i);
+        }
+        if (auto* view = qobject_cast<QAbstractItemView*>(w); view != nullptr && view->model() != nullptr)
+            collectModel(*view->model(), {}, texts);
+    }
+}
+
+class German : public AppTest {};
+
+TEST_F(German, MenusWindowsAndHelpShowNoEnglishWordLeft) {
+    QSet<QString> english = wordsIn(QStringLiteral("sylvora_en.ts"), QStringLiteral("translation"));
+    english.unite(wordsIn(QStringLiteral("sylvora_de.ts"), QStringLiteral("source")));
+    english.subtract(wordsIn(QStringLiteral("sylvora_de.ts"), QStringLiteral("translation")));
+    ASSERT_TRUE(english.contains(QStringLiteral("sounds")) && english.contains(QStringLiteral("quit")));
+
+    // A world with a sound, so the mixer and the editor's list have rows; its name is its own.
+    ASSERT_EQ(doOpenDocsEvent({makeWorldPackage(QStringLiteral("Waldrand"))}), noErr);
+    for (const CommandID command : {command::GET_INFO, command::EDIT_WORLD, command::MIXER, command::ABOUT})
+        ASSERT_EQ(dispatchCommand(command), noErr);
+    rebuildDockMenu();
+
+    QStringList texts;
+    collectMenu(*getContextMenu(), texts);
+    collectMenu(*dockMenu, texts);
+    for (QWidget* window :
+         {static_cast<QWidget*>(gGetInfoWindow->getWindow()),
+          static_cast<QWidget*>(gWorldEditorWindow->getWindow()),
+          static_cast<QWidget*>(gMixerWindow->getWindow()), static_cast<QWidget*>(gAboutWindow->getWindow())})
+        collectWindow(*window, texts);
+    texts << usageText() << copyStatusDescription(dskFulErr) << copyStatusDescription(-12345);
+
+    for (const QString& text : texts) {
+        const QSet<QString> left = wordsOf(text).intersect(english);
+        EXPECT_TRUE(left.isEmpty()) << text.toStdString()
+                                    << " has English: " << QStringList(left.values()).join(' ').toStdString();
+    }
+    // It did look at German texts, not at empty ones.
+    for (const char* german :
+         {"&Datei", "Welt &bearbeiten", "Waldrand — Welteditor[*]", "Loop-Klänge", "Umgebungsklänge",
+          "Über Sylvora", "Informationen zu Waldrand[*]", "Einschlaftimer"})
+        EXPECT_TRUE(texts.contains(QString::fromUtf8(german))) << german;
+    EXPECT_GT(texts.size(), 150);
+}
+
+// Numbers are written as the language writes them, with the German space before the percent sign.
+TEST_F(German, PercentagesAndStatusNumbersFollowTheLocale) {
+    EXPECT_EQ(percentText(80), QStringLiteral("80\u00a0%"));
+    EXPECT_EQ(percentText(1500), QStringLiteral("1.500\u00a0%"));
+    EXPECT_EQ(copyStatusDescription(dskFulErr), QStringLiteral("das Laufwerk ist voll (-34)"));
+    EXPECT_EQ(copyStatusDescription(-12345), QStringLiteral("Fehler -12345"));
+}
+
+}  // namespace
