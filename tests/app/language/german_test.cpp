@@ -5,12 +5,15 @@
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTabWidget>
@@ -42,6 +45,24 @@ QSet<QString> wordsOf(const QString& text) {
     for (const QRegularExpressionMatch& m : word.globalMatch(plain))
         words.insert(m.captured().toLower());
     return words;
+}
+
+// Every (context, source) pair of a translation file; lupdate names a class without its namespace.
+QSet<QString> messagesIn(const QString& path) {
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    QXmlStreamReader xml(&file);
+    QSet<QString> messages;
+    QString context;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == u"name")
+            context = xml.readElementText().remove(QStringLiteral("sylvora::app::"));
+        if (xml.name() == u"source")
+            messages.insert(context + QLatin1Char('|') + xml.readElementText());
+    }
+    return messages;
 }
 
 // The words of a translation file's <source> or <translation> texts.
@@ -137,6 +158,25 @@ TEST_F(German, MenusWindowsAndHelpShowNoEnglishWordLeft) {
           "Über Sylvora", "Informationen zu Waldrand[*]", "Einschlaftimer"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(german))) << german;
     EXPECT_GT(texts.size(), 150);
+}
+
+// A text marked for translation anywhere in the program, also one no window shows in a test (the
+// sound server's absence), has its German words.
+TEST(GermanTables, HoldEveryTextMarkedForTranslation) {
+    QProcess lupdate;
+    const QString found = QDir::temp().filePath(
+        QStringLiteral("sylvora-lupdate-%1.ts").arg(QCoreApplication::applicationPid()));
+    lupdate.start(QStringLiteral(SYLVORA_LUPDATE),
+                  {QStringLiteral("-silent"), QStringLiteral("-no-obsolete"),
+                   QStringLiteral(SYLVORA_SOURCE_DIR), QStringLiteral("-ts"), found});
+    ASSERT_TRUE(lupdate.waitForFinished(120000) && lupdate.exitCode() == 0)
+        << lupdate.readAllStandardError().toStdString();
+    const QSet<QString> marked = messagesIn(found);
+    QFile::remove(found);
+    ASSERT_GT(marked.size(), 100);
+    const QSet<QString> german = messagesIn(QStringLiteral(SYLVORA_TRANSLATIONS_DIR "/sylvora_de.ts"));
+    for (const QString& message : marked)
+        EXPECT_TRUE(german.contains(message)) << message.toStdString();
 }
 
 // Numbers are written as the language writes them, with the German space before the percent sign.

@@ -753,6 +753,10 @@ sonst die Welt, die lief, als Sylvora zuletzt beendet wurde.
         <source>Sleep</source>
         <translation>Timer</translation>
     </message>
+    <message>
+        <source>No sound server — waiting</source>
+        <translation>Kein Soundserver – wartet</translation>
+    </message>
 </context>
 <context>
     <name>sylvora::app::MixerModel</name>
@@ -806,6 +810,13 @@ sonst die Welt, die lief, als Sylvora zuletzt beendet wurde.
     <message>
         <source>Sleep timer: %1 min left</source>
         <translation>Einschlaftimer: noch %1 min</translation>
+    </message>
+</context>
+<context>
+    <name>sylvora::app::TrayIcon</name>
+    <message>
+        <source>No sound server — waiting</source>
+        <translation>Kein Soundserver – wartet</translation>
     </message>
 </context>
 <context>
