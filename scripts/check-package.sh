@@ -65,6 +65,8 @@ check "'.sylvora' is application/x-sylvora-world" grep -q '^[0-9]*:application/x
 check "xdg-mime query default application/x-sylvora-world" \
   bash -c 'answer=$(xdg-mime query default application/x-sylvora-world); echo "$answer"; [[ $answer == org.sylvora.Sylvora.desktop ]]'
 check "sylvora --version" timeout 20 env QT_QPA_PLATFORM=offscreen sylvora --version
+check "sylvora --help in German" \
+  bash -c 'LANG=de_DE.UTF-8 QT_QPA_PLATFORM=offscreen timeout 20 sylvora --help | head -n 2 | tee /dev/stderr | grep -q "^Aufruf: sylvora"'
 check "sylvora-cli --version" sylvora-cli --version
 check "man sylvora" bash -c 'man -P cat sylvora | head -n 3'
 check "man sylvora-cli" bash -c 'man -P cat sylvora-cli | head -n 3'
