@@ -179,6 +179,37 @@ TEST(GermanTables, HoldEveryTextMarkedForTranslation) {
         EXPECT_TRUE(german.contains(message)) << message.toStdString();
 }
 
+// The program answers --help and an unknown option, before any window, in the language the
+// desktop's variables name, LANGUAGE first.
+TEST(GermanProgram, HelpAndUnknownOptionsFollowTheEnvironment) {
+    struct Case {
+        QStringList variables, arguments;
+        int status;
+        const char* firstLine;
+    };
+    const QList<Case> cases = {
+        {{"LANG=de_DE.UTF-8"}, {"--help"}, 0, "Aufruf: sylvora [--background] [WELT.sylvora ...]"},
+        {{"LANG=de_DE.UTF-8"}, {"--bogus"}, 2, "sylvora: unbekannte Option --bogus"},
+        {{"LANG=en_GB.UTF-8", "LANGUAGE=de"}, {"-h"}, 0, "Aufruf: sylvora [--background] [WELT.sylvora ...]"},
+        {{"LANG=fr_FR.UTF-8"}, {"--help"}, 0, "Usage: sylvora [--background] [WORLD.sylvora ...]"},
+    };
+    for (const Case& c : cases) {
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANGUAGE"})
+            environment.remove(QString::fromLatin1(name));
+        for (const QString& variable : c.variables)
+            environment.insert(variable.section('=', 0, 0), variable.section('=', 1));
+        program.setProcessEnvironment(environment);
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(QStringLiteral(SYLVORA_APP_PATH), c.arguments);
+        ASSERT_TRUE(program.waitForFinished(20000));
+        EXPECT_EQ(program.exitCode(), c.status) << c.variables.join(' ').toStdString();
+        EXPECT_EQ(QString::fromUtf8(program.readAll()).section('\n', 0, 0), QString::fromUtf8(c.firstLine))
+            << c.variables.join(' ').toStdString();
+    }
+}
+
 // Numbers are written as the language writes them, with the German space before the percent sign.
 TEST_F(German, PercentagesAndStatusNumbersFollowTheLocale) {
     EXPECT_EQ(percentText(80), QStringLiteral("80\u00a0%"));
