@@ -59,11 +59,8 @@ bool installStringTables(const QLocale& locale) {
     QCoreApplication* app = QCoreApplication::instance();
     if (!app)
         return false;
-    for (QTranslator* old : app->findChildren<QTranslator*>(QString::fromLatin1(kTranslatorName),
-                                                             Qt::FindDirectChildrenOnly)) {
-        QCoreApplication::removeTranslator(old);
-        delete old;
-    }
+    // A translator takes itself out of the application when it is deleted.
+    qDeleteAll(app->findChildren<QTranslator*>(QString::fromLatin1(kTranslatorName), Qt::FindDirectChildrenOnly));
 
     auto english = std::make_unique<QTranslator>();
     if (!english->load(QString::fromLatin1(kEnglishTables)) || !install(std::move(english), app))
