@@ -152,6 +152,10 @@ TEST_F(German, MenusWindowsAndHelpShowNoEnglishWordLeft) {
         EXPECT_TRUE(left.isEmpty()) << text.toStdString()
                                     << " has English: " << QStringList(left.values()).join(' ').toStdString();
     }
+    // Percentages (the editor's volumes, the mixer's levels) are written the German way.
+    EXPECT_TRUE(texts.filter(QRegularExpression(QStringLiteral("\\d%"))).isEmpty())
+        << texts.filter(QRegularExpression(QStringLiteral("\\d%"))).join(' ').toStdString();
+    EXPECT_FALSE(texts.filter(QRegularExpression(QStringLiteral("^\\d+\u00a0%$"))).isEmpty());
     // It did look at German texts, not at empty ones.
     for (const char* german :
          {"&Datei", "Welt &bearbeiten", "Waldrand — Welteditor[*]", "Loop-Klänge", "Umgebungsklänge",
