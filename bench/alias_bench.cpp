@@ -17,6 +17,8 @@
 
 #include "core/files/alias.h"
 #include "core/files/identitysearch.h"
+#include "core/prefs/knownworldsmenu.h"
+#include "core/prefs/preferences.h"
 
 namespace {
 
@@ -172,6 +174,72 @@ void BM_SearchForAnObjectThatIsGone(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_SearchForAnObjectThatIsGone)->Unit(benchmark::kMillisecond);
+
+// Two hundred known worlds that are no longer where the settings say: what start-up does with the
+// list (read the settings, fill the known-worlds menus) and the Known Worlds menu opened at once,
+// each timed; "searched_ms" is how long the searches in the background took to settle them.
+enum class Fate { deleted, moved, restored };
+
+class CountingMenu : public KnownWorldsMenu {
+  public:
+    void clear() override { items = 0; }
+    void appendItem(const QString&, quint32, bool) override { ++items; }
+    int items = 0;
+};
+
+void knownWorldsGone(benchmark::State& state, Fate fate) {
+    Home& home = Home::shared();
+    const QString worlds = home.music() + QStringLiteral("/Known");
+    const QString settings = home.music() + QStringLiteral("/Sylvora.ini");
+    for (auto _ : state) {
+        state.PauseTiming();
+        QDir(worlds).removeRecursively();
+        QDir(home.music() + QStringLiteral("/Known moved")).removeRecursively();
+        {
+            Preferences made(settings);
+            for (int i = 0; i < Preferences::MAX_KNOWN_WORLDS; ++i) {
+                const QString package = worlds + QStringLiteral("/World %1.sylvora").arg(i);
+                QDir().mkpath(package);
+                const AliasHandle alias = Alias::fromBytes(storedAliasBytes(package));
+                made.updateKnownWorlds(alias.get(), QStringLiteral("World %1").arg(i));
+            }
+            made.savePreferences();
+        }
+        if (fate == Fate::moved) {
+            rename(worlds, home.music() + QStringLiteral("/Known moved"));
+        } else {
+            QDir(worlds).removeRecursively();
+            if (fate == Fate::restored)  // a backup put back: the same paths, new inodes
+                for (int i = 0; i < Preferences::MAX_KNOWN_WORLDS; ++i)
+                    QDir().mkpath(worlds + QStringLiteral("/World %1.sylvora").arg(i));
+        }
+        state.ResumeTiming();
+
+        const auto started = std::chrono::steady_clock::now();
+        Preferences prefs(settings);
+        prefs.loadPreferences();
+        CountingMenu menu;
+        prefs.fillMenuWithKnownWorlds(menu, nullptr);
+        const auto menuShown = std::chrono::steady_clock::now();
+        prefs.fillMenuWithKnownWorlds(menu, nullptr);
+        const auto menuAgain = std::chrono::steady_clock::now();
+        prefs.waitForKnownWorldSearches();
+        const auto settled = std::chrono::steady_clock::now();
+        benchmark::DoNotOptimize(menu.items);
+
+        const auto ms = [](auto duration) { return std::chrono::duration<double, std::milli>(duration).count(); };
+        state.counters["startup_ms"] = ms(menuShown - started);
+        state.counters["menu_ms"] = ms(menuAgain - menuShown);
+        state.counters["searched_ms"] = ms(settled - started);
+    }
+}
+
+void BM_StartUpWith200DeletedKnownWorlds(benchmark::State& state) { knownWorldsGone(state, Fate::deleted); }
+BENCHMARK(BM_StartUpWith200DeletedKnownWorlds)->Unit(benchmark::kMillisecond)->Iterations(2);
+void BM_StartUpWith200MovedKnownWorlds(benchmark::State& state) { knownWorldsGone(state, Fate::moved); }
+BENCHMARK(BM_StartUpWith200MovedKnownWorlds)->Unit(benchmark::kMillisecond)->Iterations(2);
+void BM_StartUpWith200RestoredKnownWorlds(benchmark::State& state) { knownWorldsGone(state, Fate::restored); }
+BENCHMARK(BM_StartUpWith200RestoredKnownWorlds)->Unit(benchmark::kMillisecond)->Iterations(2);
 
 }  // namespace
 

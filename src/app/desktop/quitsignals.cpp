@@ -25,6 +25,7 @@ QuitSignals::QuitSignals() {
         char drained[16];
         while (::read(fds_[0], drained, sizeof drained) > 0) {
         }
+        received_ = true;
         QCoreApplication::exit(0);  // not quit(): a shown window would veto it
     });
     struct sigaction action {};

@@ -15,7 +15,11 @@ public:
     QuitSignals();
     ~QuitSignals() override;
 
+    // Whether the run was ended by one of the signals rather than by a quit the person asked for.
+    bool received() const { return received_; }
+
 private:
+    bool received_ = false;
     int fds_[2] = {-1, -1};
     std::unique_ptr<QSocketNotifier> notifier_;
 };

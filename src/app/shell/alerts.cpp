@@ -57,8 +57,11 @@ void showErrorAlert(const QString& message, OSStatus status, const QString& deta
 }
 
 void showSaveErrorAlert(OSStatus status) {
+    const QString world = gCurrentWorld->copyDefaultSaveAsFilename(false);
+    const QString missing = gCurrentWorld->getMissingFileOfLastSave();
     const QString message =
-        copyLocalizedString(ERROR_SAVING_NAMED_WORLD_KEY, ERRORS_STRINGS_FILE).arg(gCurrentWorld->copyDefaultSaveAsFilename(false));
+        missing.isEmpty() ? copyLocalizedString(ERROR_SAVING_NAMED_WORLD_KEY, ERRORS_STRINGS_FILE).arg(world)
+                          : copyLocalizedString(ERROR_SAVING_WORLD_MISSING_FILE_KEY, ERRORS_STRINGS_FILE).arg(world, missing);
     const QString kept = gCurrentWorld->getKeptPreviousVersion();
     showErrorAlert(message, status,
                    kept.isEmpty() ? QString() : copyLocalizedString(PREVIOUS_VERSION_KEPT_KEY, ERRORS_STRINGS_FILE).arg(kept));

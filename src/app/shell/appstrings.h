@@ -20,9 +20,19 @@ inline constexpr const char* REPLACE_WORLD_QUESTION_KEY = "Replace World Questio
 // "Misc": what the empty picture well invites.
 inline constexpr const char* DROP_PICTURE_HERE_KEY = "Drop Picture Here";
 
+// "Misc": the question at launch after a run ended from outside with unsaved edits (%1 the world's
+// name), its buttons, and the note when some of the world's sounds were gone (%1 how many).
+inline constexpr const char* RESTORE_UNSAVED_WORLD_QUESTION_KEY = "Restore Unsaved World Question";
+inline constexpr const char* RESTORE_UNSAVED_WORLD_DETAIL_KEY = "Restore Unsaved World Detail";
+inline constexpr const char* RESTORE_UNSAVED_WORLD_BUTTON_KEY = "Restore Unsaved World";
+inline constexpr const char* DISCARD_UNSAVED_WORLD_BUTTON_KEY = "Discard Unsaved World";
+inline constexpr const char* RESTORED_WITHOUT_SOUNDS_KEY = "Restored Without Sounds";
+
 // "Errors": the failed save's alert names the world (%1), and where the previous version was kept (%1).
 inline constexpr const char* ERROR_SAVING_NAMED_WORLD_KEY = "Error Saving Named World";
 inline constexpr const char* PREVIOUS_VERSION_KEPT_KEY = "Previous Version Kept";
+// "Errors": a save that did not find one of the world's files names the world (%1) and the file (%2).
+inline constexpr const char* ERROR_SAVING_WORLD_MISSING_FILE_KEY = "Error Saving World Missing File";
 
 // "Errors": a world that could not be opened, named (%1) and, where it is known, why (%2).
 inline constexpr const char* WORLD_NOT_OPENED_KEY = "World Could Not Be Opened";

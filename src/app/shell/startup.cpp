@@ -24,6 +24,7 @@
 #include "app/resources/appresources.h"
 #include "app/shell/applicationevents.h"
 #include "app/shell/bundledworlds.h"
+#include "app/shell/unsavedworld.h"
 #include "app/shell/commandline.h"
 #include "app/shell/globals.h"
 #include "app/shell/menus.h"
@@ -177,6 +178,12 @@ bool isFirstRun() { return gRuntime && gRuntime->firstRun; }
 
 void openFirstWorld(const QStringList& documents) {
     const bool quiet = gRuntime->background && isTrayAvailable();
+    // The autostart asks nothing: the edits wait for a launch by the person.
+    if (!quiet && offerUnsavedWorld()) {
+        gWorldEditorWindow->startEditing();
+        if (!documents.isEmpty()) doOpenDocsEvent(documents);  // which asks about the restored edits first
+        return;
+    }
     if (!documents.isEmpty()) {
         doOpenDocsEvent(documents);
     } else if (const QString bundled = bundledFirstWorld(); isFirstRun() && !quiet && !bundled.isEmpty()) {
@@ -222,7 +229,8 @@ void showLaunchWindow() {
     else gGetInfoWindow->show();
 }
 
-void shutDown() {
+void shutDown(bool endedFromOutside) {
+    keepUnsavedWorld(endedFromOutside);
     gRuntime->mpris.reset();
     gRuntime->sleepTimer.reset();  // a fade in progress gives the master volume back first
     gPrefs->setLastWorldAlias(gCurrentWorld->getPackageAlias());
@@ -314,7 +322,7 @@ int runApplication(int argc, char** argv) {
     QuitSignals quitSignals;
     QTimer::singleShot(0, [documents] { openFirstWorld(documents); });
     QApplication::exec();
-    shutDown();
+    shutDown(quitSignals.received());
     return 0;
 }
 

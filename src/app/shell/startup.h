@@ -35,7 +35,9 @@ void openHandedDocuments(const QStringList& documents);
 // application is up (the editor on an empty world that has nothing to show).
 void showLaunchWindow();
 bool isFirstRun();
-void shutDown();
+// `endedFromOutside`: a signal ended the run, and the world's unsaved edits are kept for the next
+// launch (unsavedworld.h).
+void shutDown(bool endedFromOutside = false);
 
 // What the application runs on, between startUp and shutDown.
 audio::Engine& applicationEngine();

@@ -194,4 +194,8 @@ OSStatus FSResolveAlias(const Alias& alias, FSRef& out) {
     return AliasResolver(alias).resolve(out);
 }
 
+OSStatus FSResolveAliasWithoutSearch(const Alias& alias, FSRef& out) {
+    return AliasResolver(alias, AliasResolver::Search::skipped).resolve(out);
+}
+
 }  // namespace sylvora

@@ -74,6 +74,11 @@ class Alias {
 
   private:
     friend OSStatus FSResolveAlias(const Alias& alias, FSRef& out);
+// Resolution that never walks the disk: steps 1 to 3 of the order above, then whatever stands at
+// the recorded path, without the alias settling for it. A few stats at most, so a list of aliases
+// can be resolved while a person waits; fnfErr here only means "not where it was", and a full
+// resolution (with its search) may still find the object.
+OSStatus FSResolveAliasWithoutSearch(const Alias& alias, FSRef& out);
     friend class AliasResolver;
 
     // Resolution remembers where the object was found; the alias still means the same object.
@@ -96,5 +101,10 @@ using AliasHandle = std::unique_ptr<Alias>;
 
 OSStatus FSNewAlias(const FSRef& target, AliasHandle& out);
 OSStatus FSResolveAlias(const Alias& alias, FSRef& out);
+// Resolution that never walks the disk: steps 1 to 3 of the order above, then whatever stands at
+// the recorded path, without the alias settling for it. A few stats at most, so a list of aliases
+// can be resolved while a person waits; fnfErr here only means "not where it was", and a full
+// resolution (with its search) may still find the object.
+OSStatus FSResolveAliasWithoutSearch(const Alias& alias, FSRef& out);
 
 }  // namespace sylvora

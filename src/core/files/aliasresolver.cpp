@@ -149,6 +149,15 @@ OSStatus AliasResolver::resolve(FSRef& out) {
         }
     }
 
+    // Without the search, what stands at the path is only given, not settled for: the recorded
+    // object may still be found elsewhere by a search made later.
+    if (search_ == Search::skipped) {
+        if (!somethingAtPath)
+            return statusFromErrno(pathError);
+        out.path = recorded;
+        return noErr;
+    }
+
     const auto now = std::chrono::steady_clock::now();
     const bool searchedLately = alias_.fruitlessSearchAt_.time_since_epoch().count() != 0 &&
                                 now - alias_.fruitlessSearchAt_ < kFruitlessSearchMemory;

@@ -14,7 +14,10 @@ namespace sylvora {
 
 class AliasResolver {
   public:
-    explicit AliasResolver(const Alias& alias) : alias_(alias) {}
+    // A resolver without the search (step 4 of alias.h) only looks where the object was: see
+    // FSResolveAliasWithoutSearch.
+    enum class Search { allowed, skipped };
+    explicit AliasResolver(const Alias& alias, Search search = Search::allowed) : alias_(alias), search_(search) {}
 
     OSStatus resolve(FSRef& out);
     // True when the alias follows its object and the object is still there; the alias then records
@@ -32,6 +35,7 @@ class AliasResolver {
     std::vector<const MountEntry*> mountsOfRecordedVolume();
 
     const Alias& alias_;
+    const Search search_;
     std::shared_ptr<const MountTable> mounts_;
 };
 

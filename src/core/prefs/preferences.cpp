@@ -1,11 +1,13 @@
 #include "core/prefs/preferences.h"
 
 #include <QFileInfo>
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 #include <vector>
 
 #include "core/package/packagename.h"
+#include "core/prefs/knownworldsearches.h"
 #include "core/prefs/knownworldsmenu.h"
 #include "core/strings/stringresources.h"
 
@@ -36,14 +38,15 @@ QString Preferences::getIndKnownWorldName(int index) const {
     return knownWorlds[static_cast<std::size_t>(index)].name;
 }
 
-// A record that no longer resolves ends the search, so that a gone world costs at most one failed
-// resolve per search. A record on a drive that is not plugged in is passed over instead: saying so
-// takes no search, and ending there would hide every world after it, which would then be added again
-// at every lookup.
+// A record that is not where it was ends the lookup, which never searches the disk for it: the
+// searches run in the background (fillMenuWithKnownWorlds), and a gone record is dropped there. A
+// record on a drive that is not plugged in is passed over instead: ending there would hide every
+// world after it, which would then be added again at every lookup.
 int Preferences::findKnownWorld(const FSRef& package) const {
     for (int i = 0; i < numKnownWorlds; ++i) {
         FSRef resolved;
-        const OSStatus status = FSResolveAlias(*knownWorlds[static_cast<std::size_t>(i)].alias, resolved);
+        const OSStatus status =
+            FSResolveAliasWithoutSearch(*knownWorlds[static_cast<std::size_t>(i)].alias, resolved);
         if (status == nsvErr) continue;
         if (status != noErr) return -1;
         if (FSCompareFSRefs(resolved, package)) return i;
@@ -56,7 +59,7 @@ bool Preferences::isAKnownWorld(const FSRef& package) const { return findKnownWo
 void Preferences::updateKnownWorlds(const Alias* alias, const QString& name) {
     if (!alias) return;
     FSRef package;
-    if (FSResolveAlias(*alias, package) != noErr) return;
+    if (FSResolveAliasWithoutSearch(*alias, package) != noErr) return;
 
     const auto chosenName = [&]() -> QString {
         if (!name.isEmpty()) return name;
@@ -84,16 +87,11 @@ void Preferences::removeFromKnownWorlds(int index) {
     for (int i = index; i + 1 < numKnownWorlds; ++i)
         knownWorlds[static_cast<std::size_t>(i)] = std::move(knownWorlds[static_cast<std::size_t>(i + 1)]);
     --numKnownWorlds;
-    KnownWorld& last = knownWorlds[static_cast<std::size_t>(numKnownWorlds)];
-    last.alias.reset();
-    last.name = QString();
+    knownWorlds[static_cast<std::size_t>(numKnownWorlds)] = KnownWorld{};
 }
 
 void Preferences::clearKnownWorlds() {
-    for (KnownWorld& record : knownWorlds) {
-        record.alias.reset();
-        record.name = QString();
-    }
+    for (KnownWorld& record : knownWorlds) record = KnownWorld{};
     numKnownWorlds = 0;
     knownWorldsNeedSorting = false;
 }
@@ -138,33 +136,25 @@ void Preferences::fillMenuWithKnownWorlds(KnownWorldsMenu& menu, const Alias* cu
     FSRef current;
     const bool currentResolved = currentWorld && FSResolveAlias(*currentWorld, current) == noErr;
 
-    // Only a package that is certainly gone is dropped; one on an unmounted volume (any other
-    // failure) keeps its record.
+    takeSearchFindings();
+    closeGapsInKnownWorlds();
+
+    // Only a package that is certainly gone is dropped, and only a search can tell that; one that
+    // is not at its recorded place stays listed until its search is done, and one on an unmounted
+    // volume (any other failure) keeps its record.
     const Alias* checkedAlias = nullptr;
+    std::vector<int> missing;
     for (int i = 0; i < numKnownWorlds; ++i) {
-        KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        const KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
         FSRef resolved;
-        const OSStatus status = FSResolveAlias(*record.alias, resolved);
+        const OSStatus status = FSResolveAliasWithoutSearch(*record.alias, resolved);
         if (status == fnfErr) {
-            record.alias.reset();
-            record.name = QString();
+            missing.push_back(i);
         } else if (status == noErr && currentResolved && FSCompareFSRefs(resolved, current)) {
             checkedAlias = record.alias.get();
         }
     }
-
-    int kept = 0;
-    for (int i = 0; i < numKnownWorlds; ++i) {
-        KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
-        if (!record.alias) continue;
-        if (kept != i) knownWorlds[static_cast<std::size_t>(kept)] = std::move(record);
-        ++kept;
-    }
-    for (int i = kept; i < numKnownWorlds; ++i) {
-        knownWorlds[static_cast<std::size_t>(i)].alias.reset();
-        knownWorlds[static_cast<std::size_t>(i)].name = QString();
-    }
-    numKnownWorlds = kept;
+    searchForMissingRecords(missing);
 
     if (knownWorldsNeedSorting) {
         sortKnownWorlds();
@@ -177,6 +167,80 @@ void Preferences::fillMenuWithKnownWorlds(KnownWorldsMenu& menu, const Alias* cu
         menu.appendItem(menuTextFor(record), KNOWN_WORLD_COMMAND_BASE + static_cast<quint32>(i),
                         checkedAlias != nullptr && record.alias.get() == checkedAlias);
     }
+}
+
+void Preferences::searchForMissingRecords(const std::vector<int>& indexes) {
+    if (!searches) searches = std::make_unique<KnownWorldSearches>();
+    if (searches->busy()) return;
+    std::vector<KnownWorldSearches::Request> requests;
+    for (const int i : indexes) {
+        KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        if (record.searchId != 0) continue;
+        record.searchId = ++lastSearchId;
+        requests.push_back({record.searchId, record.alias->copy()});
+    }
+    searches->start(std::move(requests));
+}
+
+bool Preferences::isListedElsewhere(const Alias& alias, const KnownWorld* except) const {
+    FSRef package;
+    if (FSResolveAliasWithoutSearch(alias, package) != noErr) return false;
+    for (int i = 0; i < numKnownWorlds; ++i) {
+        const KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        FSRef resolved;
+        if (&record != except && record.alias && FSResolveAliasWithoutSearch(*record.alias, resolved) == noErr &&
+            FSCompareFSRefs(resolved, package))
+            return true;
+    }
+    return false;
+}
+
+void Preferences::takeSearchFindings() {
+    if (!searches) return;
+    for (KnownWorldSearches::Finding& finding : searches->takeFindings()) {
+        const auto record = std::find_if(knownWorlds.begin(), knownWorlds.begin() + numKnownWorlds,
+                                         [&](const KnownWorld& r) { return r.searchId == finding.id; });
+        if (record == knownWorlds.begin() + numKnownWorlds) continue;  // removed meanwhile
+        switch (finding.outcome) {
+        case KnownWorldSearches::Outcome::found: {
+            // The package may have been listed again at its new place while it was searched for.
+            if (isListedElsewhere(*finding.alias, &*record)) {
+                record->alias.reset();
+                record->name = QString();
+            } else {
+                record->alias = std::move(finding.alias);
+            }
+            break;
+        }
+        case KnownWorldSearches::Outcome::gone:
+            record->alias.reset();
+            record->name = QString();
+            break;
+        case KnownWorldSearches::Outcome::unresolved:
+            break;
+        case KnownWorldSearches::Outcome::notReached:
+            record->searchId = 0;  // the next batch tries it
+            break;
+        }
+    }
+}
+
+void Preferences::waitForKnownWorldSearches() {
+    if (searches) searches->waitUntilFinished();
+}
+
+void Preferences::closeGapsInKnownWorlds() {
+    int kept = 0;
+    for (int i = 0; i < numKnownWorlds; ++i) {
+        KnownWorld& record = knownWorlds[static_cast<std::size_t>(i)];
+        if (!record.alias) continue;
+        if (kept != i) knownWorlds[static_cast<std::size_t>(kept)] = std::move(record);
+        ++kept;
+    }
+    for (int i = kept; i < numKnownWorlds; ++i) {
+        knownWorlds[static_cast<std::size_t>(i)] = KnownWorld{};
+    }
+    numKnownWorlds = kept;
 }
 
 }  // namespace sylvora

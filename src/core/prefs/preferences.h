@@ -12,16 +12,21 @@
 #include <QVariantList>
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 #include "core/files/alias.h"
 
 namespace sylvora {
 
 class KnownWorldsMenu;
+class KnownWorldSearches;
 
 struct KnownWorld {
     AliasHandle alias;  // never null in a stored record
     QString name;       // null when no name could be had
+    // Non-zero once the record was handed to a search in this run: it is not searched for twice.
+    std::uint64_t searchId = 0;
 };
 
 class Preferences {
@@ -66,7 +71,11 @@ public:
     // Drops the records of deleted packages, sorts when the list changed, and lists every record
     // as item i with command ID KNOWN_WORLD_COMMAND_BASE + i; the current world's item is checked.
     // A record without a name is shown under the display name of the package its alias recorded.
+    // It never searches the disk: a package no longer at its recorded place stays listed while a
+    // search runs in the background, and what that found is taken in at the next call.
     void fillMenuWithKnownWorlds(KnownWorldsMenu& menu, const Alias* currentWorld);
+    // Waits for the background searches started by fillMenuWithKnownWorlds (benchmarks and tests).
+    void waitForKnownWorldSearches();
 
     // The folder each file dialog showed last, kept apart per dialog; empty before the first.
     enum class DialogFolder { Open, SaveAs, Sounds, Picture };
@@ -87,6 +96,11 @@ private:
     // The position of `package` in the list by the search rule, or -1.
     int findKnownWorld(const FSRef& package) const;
     void sortKnownWorlds();
+    // Takes in what the background searches found: moved packages are followed, gone ones dropped.
+    void takeSearchFindings();
+    bool isListedElsewhere(const Alias& alias, const KnownWorld* except) const;
+    void searchForMissingRecords(const std::vector<int>& indexes);
+    void closeGapsInKnownWorlds();
 
     double masterVolume = 1.0;
     AliasHandle lastWorldAlias;
@@ -96,6 +110,8 @@ private:
     std::array<QString, 4> dialogFolders;
 
     QString settingsFilePath;  // empty: the XDG location
+    std::unique_ptr<KnownWorldSearches> searches;
+    std::uint64_t lastSearchId = 0;
 };
 
 // The application's one Preferences; null until the application creates it.

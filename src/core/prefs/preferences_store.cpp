@@ -112,11 +112,13 @@ void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
         const AliasHandle alias = Alias::fromBytes(aliasData.toByteArray());
         if (!alias) continue;
         const QString storedName = holds(name, QMetaType::QString) ? name.toString() : QString();
+        // Start-up never searches the disk: a world that is not where it was stays known, under its
+        // stored name, until a search in the background tells a moved package from a deleted one
+        // (fillMenuWithKnownWorlds); so does one on a drive that is not plugged in, until the drive
+        // comes back. The same world stored twice (as lists written before duplicates were merged
+        // may hold it) stays once.
         FSRef resolved;
-        if (FSResolveAlias(*alias, resolved) == nsvErr && numKnownWorlds < MAX_KNOWN_WORLDS) {
-            // A world on a drive that is not plugged in stays known, under its stored name, until
-            // the drive comes back; only a package that is gone leaves the list. The same world
-            // stored twice (as lists written before duplicates were merged may hold it) stays once.
+        if (FSResolveAliasWithoutSearch(*alias, resolved) != noErr && numKnownWorlds < MAX_KNOWN_WORLDS) {
             const auto sameObject = [&alias](const KnownWorld& record) {
                 return record.alias && record.alias->device() == alias->device() && record.alias->inode() == alias->inode() &&
                        record.alias->volume() == alias->volume();
@@ -174,6 +176,9 @@ void Preferences::savePreferences() {
         store->setValue(QLatin1String(PREF_KEY_LAST_PLAYED_ALIAS), lastWorldAlias->toBytes());
     else
         store->remove(QLatin1String(PREF_KEY_LAST_PLAYED_ALIAS));
+    // What the background searches found by now is kept; the store never waits for the rest.
+    takeSearchFindings();
+    closeGapsInKnownWorlds();
     writeKnownWorldsArray(*store, createCFArrayOfKnownWorlds());
     for (std::size_t i = 0; i < dialogFolders.size(); ++i) {
         if (dialogFolders[i].isEmpty()) store->remove(QLatin1String(DIALOG_FOLDER_KEYS[i]));

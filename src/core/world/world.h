@@ -201,6 +201,9 @@ public:
     // Where the last save left the previous version of the world, when it could not be sure the new
     // one had reached the disk and so kept the old; empty otherwise.
     const QString& getKeptPreviousVersion() const { return keptPreviousVersion; }
+    // The file name of the sound or picture whose file the last save could not find; empty when
+    // every file was there.
+    const QString& getMissingFileOfLastSave() const { return missingFileOfLastSave; }
     // What an interrupted save of the package `packageName` in `parent` left beside it: removed while
     // the package is whole, or put in its place when the package is not and the leftover is.
     static void recoverInterruptedSave(const FSRef& parent, const QString& packageName);
@@ -313,8 +316,10 @@ private:
     OSStatus fillTempPackage(const FSRef& parent, const FSRef& temp);  // deleted again when it fails
     OSStatus saveOverExisting(const FSRef& parent, const QString& packageName, const FSRef& existing,
                               bool wasPlaying);
+    void noteMissingFile(const Alias& alias, OSStatus status);  // a save's resolution of one file
     FSRef packageBeingReplaced;   // during a save over it: its files are linked, not copied
     QString keptPreviousVersion;  // see getKeptPreviousVersion()
+    QString missingFileOfLastSave;  // see getMissingFileOfLastSave()
 };
 
 }  // namespace sylvora

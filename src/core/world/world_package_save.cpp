@@ -20,6 +20,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QFileInfo>
 #include <QStringList>
 #include <cerrno>
 #include <cstdlib>
@@ -234,6 +235,10 @@ OSStatus replaceFileWithPackage(const FSRef& parent, const FSRef& existing, cons
 
 }  // namespace
 
+void World::noteMissingFile(const Alias& alias, OSStatus status) {
+    if (status == fnfErr) missingFileOfLastSave = QFileInfo(alias.recordedPath()).fileName();
+}
+
 OSStatus World::savePackageContents(const FSRef& package) {
     const PlistPtr rootOwner = plistNewDict();
     const auto root = static_cast<plist_t>(rootOwner.get());
@@ -260,6 +265,7 @@ OSStatus World::savePackageContents(const FSRef& package) {
     if (pictureFileAlias) {
         FSRef pictureFile;
         status = FSResolveAlias(*pictureFileAlias, pictureFile);
+        noteMissingFile(*pictureFileAlias, status);
         if (status == noErr) {
             plistSetString(root, PICTURE_FILENAME_KEY, FSGetName(pictureFile));
             status = copyIntoPackage(pictureFile, package, copies, packageBeingReplaced, saveCanceller);
@@ -274,6 +280,7 @@ OSStatus World::savePackageContents(const FSRef& package) {
             const LoopSound& sound = loopSounds[static_cast<std::size_t>(i)];
             FSRef file;
             status = sound.alias ? FSResolveAlias(*sound.alias, file) : fnfErr;
+            if (sound.alias) noteMissingFile(*sound.alias, status);
             if (status != noErr) break;
             PlistPtr entry = plistNewDict();
             plistSetString(static_cast<plist_t>(entry.get()), SOUND_FILENAME_KEY, FSGetName(file));
@@ -293,6 +300,7 @@ OSStatus World::savePackageContents(const FSRef& package) {
             const EnvironmentSound& sound = environmentSounds[static_cast<std::size_t>(i)];
             FSRef file;
             status = sound.alias ? FSResolveAlias(*sound.alias, file) : fnfErr;
+            if (sound.alias) noteMissingFile(*sound.alias, status);
             if (status != noErr) break;
             int groupIndex = -1;
             for (int g = 0; g < numGroups; ++g)
@@ -392,6 +400,7 @@ void World::reloadFromSavedPackage(const FSRef& package, bool wasPlaying) {
 OSStatus World::doSaveAs(const FSRef& parent, const QString& packageName) {
     const bool wasPlaying = isPlaying();
     keptPreviousVersion.clear();
+    missingFileOfLastSave.clear();
     recoverInterruptedSave(parent, packageName);
 
     FSRef existing;
@@ -485,6 +494,7 @@ OSStatus World::doSave() {
     status = FSGetParentRef(package, parent);
     if (status != noErr) return status;
     keptPreviousVersion.clear();
+    missingFileOfLastSave.clear();
     // An open file outlives its name being given to another, so the world keeps playing from the old
     // package while the new one is written and exchanged; only the reload stops it.
     return saveOverExisting(parent, FSGetName(package), package, isPlaying());

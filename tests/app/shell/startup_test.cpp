@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QAbstractButton>
+#include <QMessageBox>
 #include <functional>
 #include <vector>
 
@@ -100,6 +102,59 @@ TEST_F(StartUpAndOpen, ShutDownStoresTheWorldAndVolumeThatTheNextRunReopens) {
     });
     openFirstWorld({});
     ASSERT_TRUE(waitForAnswers());
+}
+
+// The question at launch, answered with the button of `label`; its text kept in `seen`.
+static void answerRestoreQuestion(const QString& label, QString* seen) {
+    answerNextModal([label, seen](QWidget* modal) {
+        auto* box = qobject_cast<QMessageBox*>(modal);
+        ASSERT_NE(box, nullptr);
+        *seen = box->text();
+        for (QAbstractButton* button : box->buttons())
+            if (button->text() == label) button->click();
+    });
+}
+
+TEST_F(StartUpAndOpen, EditsUnsavedAtAnEndingFromOutsideAreOfferedAtTheNextLaunch) {
+    const QString recovery = dir.filePath(QStringLiteral("state/sylvora/unsaved world.plist"));
+    const QString package = makeWorldPackage(QStringLiteral("Creek"));
+    ASSERT_EQ(doOpenDocsEvent({package}), noErr);
+    gCurrentWorld->setName(QStringLiteral("Creek at Dusk"));
+    shutDownApp(true);
+    ASSERT_TRUE(QFile::exists(recovery));
+
+    startApp();
+    QString question;
+    answerRestoreQuestion(QStringLiteral("Restore"), &question);
+    openFirstWorld({});
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_EQ(question, QStringLiteral("Sylvora was ended with unsaved changes to the world “Creek at Dusk”. "
+                                       "Do you want to restore them?"));
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Creek at Dusk"));
+    EXPECT_TRUE(gCurrentWorld->getModified());
+    EXPECT_TRUE(gCurrentWorld->isPlaying());
+    EXPECT_TRUE(gWorldEditorWindow->isVisible());
+
+    // Declined, the edits are forgotten and the last saved world opens as on any launch.
+    shutDownApp(true);
+    startApp();
+    answerRestoreQuestion(QStringLiteral("Discard Changes"), &question);
+    openFirstWorld({});
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Creek"));
+    EXPECT_FALSE(QFile::exists(recovery));
+
+    // A quit the person asked for, or an ending with nothing unsaved, keeps nothing.
+    gCurrentWorld->setName(QStringLiteral("Creek Again"));
+    shutDownApp(true);
+    ASSERT_TRUE(QFile::exists(recovery));
+    startApp();
+    shutDownApp(false);
+    EXPECT_FALSE(QFile::exists(recovery));
+    startApp();
+    shutDownApp(true);
+    EXPECT_FALSE(QFile::exists(recovery));
+    startApp();
 }
 
 TEST_F(StartUpAndOpen, EachFileDialogComesBackInItsOwnFolderInTheNextRun) {

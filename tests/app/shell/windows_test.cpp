@@ -1,5 +1,6 @@
 // The window base, the text notifier and the error alert.
 
+#include <QFile>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPlainTextEdit>
@@ -7,6 +8,7 @@
 
 #include "app/info/getinfowindow.h"
 #include "app/shell/alerts.h"
+#include "app/shell/applicationevents.h"
 #include "app/shell/globals.h"
 #include "app/support/appfixture.h"
 #include "app/windows/mycarbonwindow.h"
@@ -78,4 +80,23 @@ TEST_F(ShellWindows, ErrorAlertSaysWhatTheStatusMeansThenItsNumber) {
         EXPECT_EQ(seen.informativeText, c.informative);
         EXPECT_TRUE(seen.detailedText.isEmpty()) << "nothing hidden behind Show Details";
     }
+}
+
+TEST_F(ShellWindows, ASaveThatDoesNotFindASoundNamesItInTheAlert) {
+    const QString package = makeWorldPackage(QStringLiteral("Creek"));
+    ASSERT_EQ(doOpenDocsEvent({package}), noErr);
+    ASSERT_TRUE(QFile::remove(package + QStringLiteral("/Loop Sounds/loop.wav")));
+    const OSStatus status = gCurrentWorld->doSave();
+    ASSERT_EQ(status, fnfErr);
+    MessageSeen seen;
+    answerMessageBox(QMessageBox::Ok, &seen);
+    showSaveErrorAlert(status);
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_EQ(seen.text, QStringLiteral("“Creek” could not be saved: “loop.wav” is missing."));
+    EXPECT_EQ(seen.informativeText, QStringLiteral("A file it needs is missing (-43)."));
+
+    // The next save that finds everything says nothing of it.
+    gCurrentWorld->clearLoopSoundList();
+    ASSERT_EQ(gCurrentWorld->doSave(), noErr);
+    EXPECT_TRUE(gCurrentWorld->getMissingFileOfLastSave().isEmpty());
 }

@@ -161,6 +161,7 @@ AppTest::AppTest() {
     const QString config = dir.makeDir(QStringLiteral("config"));
     qputenv("XDG_CONFIG_HOME", config.toUtf8());
     qputenv("XDG_CACHE_HOME", dir.makeDir(QStringLiteral("cache")).toUtf8());
+    qputenv("XDG_STATE_HOME", dir.makeDir(QStringLiteral("state")).toUtf8());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, config);
     startApp();
 }
@@ -178,10 +179,10 @@ void AppTest::startApp(bool background) {
     running_ = true;
 }
 
-void AppTest::shutDownApp() {
+void AppTest::shutDownApp(bool endedFromOutside) {
     if (!running_) return;
     running_ = false;
-    app::shutDown();
+    app::shutDown(endedFromOutside);
 }
 
 QString AppTest::settingsFile() const { return dir.filePath(QStringLiteral("config/Sylvora/Sylvora.ini")); }

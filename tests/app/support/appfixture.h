@@ -1,6 +1,6 @@
 #pragma once
 
-// The desktop application inside a test: private settings and cache folders, the shell started
+// The desktop application inside a test: private settings, state and cache folders, the shell started
 // without a sound device or tray and shut down afterwards, modal dialogs answered by the test, and
 // world packages saved by the core as a person's would be.
 
@@ -44,7 +44,8 @@ protected:
 
     // Started in the constructor; a test may shut down itself to look at what was stored.
     void startApp(bool background = false);
-    void shutDownApp();
+    // `endedFromOutside`: as a signal ends the run, keeping unsaved edits for the next launch.
+    void shutDownApp(bool endedFromOutside = false);
     QString settingsFile() const;  // $XDG_CONFIG_HOME/Sylvora/Sylvora.ini
 
     // A world package `name`.sylvora in `folder` (the temporary folder by default), written by

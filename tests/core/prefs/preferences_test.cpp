@@ -185,6 +185,12 @@ TEST_F(PreferencesTest, DeletedPackagesLeaveTheMenuAndIdsCloseUp) {
     dir.makeDir(QStringLiteral("holder"));
     ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("B.sylvora"))).removeRecursively());
 
+    // The menu never waits for the search that tells a deleted package from a moved one: the
+    // package stays listed until the search in the background is done, and leaves the next time.
+    prefs.fillMenuWithKnownWorlds(menu, aliases[3].get());
+    ASSERT_EQ(menu.items.size(), 4u);
+    EXPECT_EQ(menu.items[3], (MenuItem{QStringLiteral("D"), ZZZZ + 3, true}));
+    prefs.waitForKnownWorldSearches();
     prefs.fillMenuWithKnownWorlds(menu, aliases[3].get());
     EXPECT_EQ(menu.items, (std::vector<MenuItem>{{QStringLiteral("A"), ZZZZ, false},
                                                  {QStringLiteral("C"), ZZZZ + 1, false},
@@ -198,10 +204,40 @@ TEST_F(PreferencesTest, DeletedPackagesLeaveTheMenuAndIdsCloseUp) {
     ASSERT_TRUE(QDir(blockedParent).removeRecursively());
     dir.writeFile(QStringLiteral("blocked"), QByteArray("a file where a folder was"));
     prefs.fillMenuWithKnownWorlds(menu, nullptr);
+    prefs.waitForKnownWorldSearches();
+    prefs.fillMenuWithKnownWorlds(menu, nullptr);
     EXPECT_EQ(menu.items, (std::vector<MenuItem>{{QStringLiteral("A"), ZZZZ, false},
                                                  {QStringLiteral("C"), ZZZZ + 1, false},
                                                  {QStringLiteral("D"), ZZZZ + 2, false},
                                                  {QStringLiteral("E"), ZZZZ + 3, false}}));
+}
+
+TEST_F(PreferencesTest, MovedPackagesAreFoundInTheBackgroundAndWhatWasFoundIsSaved) {
+    Preferences prefs(settingsFile());
+    const AliasHandle moved = package(QStringLiteral("Moved.sylvora"));
+    const AliasHandle gone = package(QStringLiteral("Gone.sylvora"));
+    const AliasHandle kept = package(QStringLiteral("Kept.sylvora"));
+    for (const AliasHandle* alias : {&moved, &gone, &kept}) prefs.updateKnownWorlds(alias->get(), QString());
+    const QString archive = dir.makeDir(QStringLiteral("Archive"));
+    ASSERT_TRUE(QDir().rename(dir.filePath(QStringLiteral("Moved.sylvora")), archive + QStringLiteral("/Moved.sylvora")));
+    ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("Gone.sylvora"))).removeRecursively());
+
+    RecordingMenu menu;
+    prefs.fillMenuWithKnownWorlds(menu, nullptr);
+    EXPECT_EQ(menu.items.size(), 3u);
+    // A lookup never searches: the first record not at its place ends it until the search is done.
+    EXPECT_FALSE(prefs.isAKnownWorld(test::refOf(dir.filePath(QStringLiteral("Kept.sylvora")))));
+
+    // The store takes what the search found without a menu being shown again.
+    prefs.waitForKnownWorldSearches();
+    prefs.savePreferences();
+    Preferences loaded(settingsFile());
+    loaded.loadPreferences();
+    ASSERT_EQ(loaded.getNumKnownWorlds(), 2);
+    EXPECT_EQ(names(loaded), (std::vector<QString>{QStringLiteral("Kept"), QStringLiteral("Moved")}));
+    EXPECT_EQ(loaded.getIndKnownWorldAlias(1)->recordedPath(), archive + QStringLiteral("/Moved.sylvora"));
+    EXPECT_TRUE(loaded.isAKnownWorld(test::refOf(dir.filePath(QStringLiteral("Kept.sylvora")))));
+    EXPECT_TRUE(loaded.isAKnownWorld(test::refOf(archive + QStringLiteral("/Moved.sylvora"))));
 }
 
 TEST_F(PreferencesTest, SearchStopsAtTheFirstRecordThatDoesNotResolve) {

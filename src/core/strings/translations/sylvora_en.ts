@@ -16,6 +16,11 @@
         <translation>“%1” could not be saved.</translation>
     </message>
     <message>
+        <source>Error Saving World Missing File</source>
+        <extracomment>%1 is the world's name, %2 the file name of the missing sound or picture</extracomment>
+        <translation>“%1” could not be saved: “%2” is missing.</translation>
+    </message>
+    <message>
         <source>Previous Version Kept</source>
         <translation>The disk could not confirm that the new version is stored, so the previous version of the world is kept at “%1”.</translation>
     </message>
@@ -179,6 +184,28 @@
         <source>Replace World Question</source>
         <extracomment>%1 is the file name of the package already there</extracomment>
         <translation>“%1” already exists. Do you want to replace it?</translation>
+    </message>
+    <message>
+        <source>Restore Unsaved World Question</source>
+        <extracomment>%1 is the world's name</extracomment>
+        <translation>Sylvora was ended with unsaved changes to the world “%1”. Do you want to restore them?</translation>
+    </message>
+    <message>
+        <source>Restore Unsaved World Detail</source>
+        <translation>If you don't restore them, the changes are lost.</translation>
+    </message>
+    <message>
+        <source>Restore Unsaved World</source>
+        <translation>Restore</translation>
+    </message>
+    <message>
+        <source>Discard Unsaved World</source>
+        <translation>Discard Changes</translation>
+    </message>
+    <message>
+        <source>Restored Without Sounds</source>
+        <extracomment>%1 is how many sounds were left out</extracomment>
+        <translation>The changes are restored, but %1 of the world's sounds are no longer on the disk and were left out.</translation>
     </message>
     <message>
         <source>Drop Picture Here</source>
