@@ -16,6 +16,10 @@
         <translation>„%1“ konnte nicht gespeichert werden.</translation>
     </message>
     <message>
+        <source>Error Saving World Missing File</source>
+        <translation>„%1“ konnte nicht gespeichert werden: „%2“ fehlt.</translation>
+    </message>
+    <message>
         <source>Previous Version Kept</source>
         <translation>Das Laufwerk konnte nicht bestätigen, dass die neue Version gespeichert ist. Die vorherige Version der Welt bleibt deshalb unter „%1“ erhalten.</translation>
     </message>
@@ -179,6 +183,26 @@
         <source>Replace World Question</source>
         <extracomment>%1 is the file name of the package already there</extracomment>
         <translation>„%1“ ist bereits vorhanden. Möchten Sie es ersetzen?</translation>
+    </message>
+    <message>
+        <source>Restore Unsaved World Question</source>
+        <translation>Sylvora wurde mit nicht gespeicherten Änderungen an der Welt „%1“ beendet. Möchten Sie diese Änderungen wiederherstellen?</translation>
+    </message>
+    <message>
+        <source>Restore Unsaved World Detail</source>
+        <translation>Wenn Sie sie nicht wiederherstellen, gehen die Änderungen verloren.</translation>
+    </message>
+    <message>
+        <source>Restore Unsaved World</source>
+        <translation>Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Discard Unsaved World</source>
+        <translation>Änderungen verwerfen</translation>
+    </message>
+    <message>
+        <source>Restored Without Sounds</source>
+        <translation>Die Änderungen sind wiederhergestellt, aber %1 Klänge der Welt sind nicht mehr auf dem Laufwerk und wurden weggelassen.</translation>
     </message>
     <message>
         <source>Drop Picture Here</source>
