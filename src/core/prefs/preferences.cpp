@@ -19,10 +19,8 @@ Preferences::Preferences() = default;
 
 Preferences::Preferences(QString settingsFilePath_) : settingsFilePath(std::move(settingsFilePath_)) {}
 
-Preferences::~Preferences() {
-    lastWorldAlias.reset();
-    clearKnownWorlds();
-}
+// Out of line for the searches' complete type; the members release everything themselves.
+Preferences::~Preferences() = default;
 
 void Preferences::setLastWorldAlias(const Alias* alias) {
     lastWorldAlias = alias ? alias->copy() : nullptr;
@@ -84,8 +82,7 @@ void Preferences::updateKnownWorlds(const Alias* alias, const QString& name) {
 
 void Preferences::removeFromKnownWorlds(int index) {
     if (index < 0 || index >= numKnownWorlds) return;
-    for (int i = index; i + 1 < numKnownWorlds; ++i)
-        knownWorlds[static_cast<std::size_t>(i)] = std::move(knownWorlds[static_cast<std::size_t>(i + 1)]);
+    std::move(knownWorlds.begin() + index + 1, knownWorlds.begin() + numKnownWorlds, knownWorlds.begin() + index);
     --numKnownWorlds;
     knownWorlds[static_cast<std::size_t>(numKnownWorlds)] = KnownWorld{};
 }

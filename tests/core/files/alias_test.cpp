@@ -294,6 +294,8 @@ TEST(AliasVolumes, WorldOnAnUnmountedFileSystemIsNoSuchVolumeAndStaysKnown) {
     FSRef out;
     EXPECT_EQ(FSResolveAlias(*alias, out), nsvErr);
     CountingMenu menu;
+    prefs.fillMenuWithKnownWorlds(menu, nullptr);  // the deleted one is searched for meanwhile
+    prefs.waitForKnownWorldSearches();
     prefs.fillMenuWithKnownWorlds(menu, nullptr);
     EXPECT_EQ(prefs.getNumKnownWorlds(), 1);
     EXPECT_EQ(menu.items, 1);

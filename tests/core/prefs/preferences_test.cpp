@@ -297,6 +297,27 @@ TEST_F(PreferencesTest, ListConversionKeepsOrderAndSkipsMalformedElements) {
     other.removeFromKnownWorlds(0);  // nothing to remove
     prefs.removeFromKnownWorlds(0);
     EXPECT_EQ(names(prefs), std::vector<QString>{QStringLiteral("Beach")});
+
+    // Worlds that are not where they were are read without a search, kept, and still one each.
+    ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("Rain.sylvora"))).removeRecursively());
+    ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("Beach.sylvora"))).removeRecursively());
+    Preferences gone(settingsFile());
+    gone.extractKnownWorldsFromCFArray(array);
+    EXPECT_EQ(names(gone), (std::vector<QString>{QStringLiteral("Rain"), QStringLiteral("Beach")}));
+}
+
+TEST_F(PreferencesTest, RecordsSortNamelessFirstThenByNameWithoutRegardToCase) {
+    const auto order = [](const QString& a, const QString& b) {
+        const KnownWorld first{nullptr, a};
+        const KnownWorld second{nullptr, b};
+        return Preferences::sortWorldsQSortComparator(&first, &second);
+    };
+    EXPECT_EQ(order(QStringLiteral("rain"), QStringLiteral("Rain")), 0);
+    EXPECT_EQ(order(QString(), QString()), 0);
+    EXPECT_EQ(order(QString(), QStringLiteral("Alps")), -1);
+    EXPECT_EQ(order(QStringLiteral("Alps"), QString()), 1);
+    EXPECT_EQ(order(QStringLiteral("beach"), QStringLiteral("Cove")), -1);
+    EXPECT_EQ(order(QStringLiteral("Cove"), QStringLiteral("beach")), 1);
 }
 
 // QSettings decodes "@Variant(" values through QDataStream, which trusts the lengths it reads; a
