@@ -106,6 +106,11 @@ void PlaySession::showStatus() {
     }
     const QString loops = observer.playingLoops();
     parts << QStringLiteral("loop: %1").arg(loops.isEmpty() ? QStringLiteral("-") : loops);
+    if (const QStringList unreadable = world.getUnreadableLoopSounds(); !unreadable.isEmpty()) {
+        QStringList names;
+        for (const QString& file : unreadable) names << PlaybackObserver::displayName(file);
+        parts << QStringLiteral("cannot read: %1").arg(names.join(QStringLiteral(", ")));
+    }
     QString heard = observer.lastEnvironmentSound();
     if (heard.isEmpty()) {
         heard = QStringLiteral("-");

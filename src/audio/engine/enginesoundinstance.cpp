@@ -76,6 +76,11 @@ double EngineSoundInstance::rate() const {
     return playing() ? 1.0 : 0.0;
 }
 
+bool EngineSoundInstance::failedToRead() const {
+    settle();
+    return segment_ != 0 && voice_->unreadSegment.load(std::memory_order_acquire) == segment_;
+}
+
 bool EngineSoundInstance::isDone() const {
     settle();
     if (started_) {

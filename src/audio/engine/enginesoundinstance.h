@@ -38,6 +38,7 @@ public:
     void prepareToStart() override;
     bool cueAfter(SoundInstance& predecessor, double overlapSeconds) override;
     bool isCued() const override;
+    bool failedToRead() const override;
 
 private:
     struct Heard {

@@ -41,6 +41,11 @@ public:
     virtual bool cueAfter(SoundInstance& predecessor, double overlapSeconds) = 0;
     // [main] A cue is waiting for a predecessor that is still on its way to it.
     virtual bool isCued() const = 0;
+
+    // [main] The last play ended early because the sound's file could no longer be read as it was
+    // when opened (gone, cut short, replaced by something else). A sound held decoded in memory
+    // never fails this way.
+    virtual bool failedToRead() const = 0;
 };
 
 }  // namespace sylvora::audio

@@ -65,6 +65,7 @@ bool SourceReader::seek(std::int64_t frame) {
     produced_ = frame;
     sourceEnded_ = false;
     drained_ = false;
+    short_ = false;
     foldedFrames_ = 0;
     foldedOffset_ = 0;
     return valid();
@@ -115,9 +116,14 @@ std::size_t SourceReader::read(float* out, std::size_t frames) {
             drained_ = true;
     }
     if (drained_ && made < frames) {
-        // The codec or the resampler came up a few frames short of the stated length.
-        std::fill(out + made * ch, out + frames * ch, 0.0f);
-        made = frames;
+        if (total_ - produced_ - static_cast<std::int64_t>(made) > SHORT_TOLERANCE_FRAMES) {
+            // Whatever the file holds now, it is not the sound that was measured: no silence stands in.
+            short_ = true;
+        } else {
+            // The codec or the resampler came up a few frames short of the stated length.
+            std::fill(out + made * ch, out + frames * ch, 0.0f);
+            made = frames;
+        }
     }
     produced_ += static_cast<std::int64_t>(made);
     return made;

@@ -33,8 +33,14 @@ class SourceReader {
 
     // Starts reading at engine frame `frame`; false when the source cannot get there.
     bool seek(std::int64_t frame);
-    // Delivers up to `frames` frames into `out`; 0 once totalFrames() have been delivered.
+    // Delivers up to `frames` frames into `out`; 0 once totalFrames() have been delivered, or once
+    // the source ran out well before them (see cameUpShort()).
     std::size_t read(float* out, std::size_t frames);
+    // The source ended more than SHORT_TOLERANCE_FRAMES before its stated length: the file was cut
+    // or changed since it was measured. A codec's own rounding stays within the tolerance and is
+    // padded with silence instead.
+    bool cameUpShort() const noexcept { return short_; }
+    static constexpr std::int64_t SHORT_TOLERANCE_FRAMES = 4096;
 
   private:
     bool refill();
@@ -48,6 +54,7 @@ class SourceReader {
     std::int64_t produced_ = 0;
     bool sourceEnded_ = false;
     bool drained_ = false;
+    bool short_ = false;
     std::vector<float> raw_;     // decoder output, source channels
     std::vector<float> folded_;  // channels_ per frame
     std::size_t foldedFrames_ = 0;

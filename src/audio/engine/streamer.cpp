@@ -230,8 +230,10 @@ void Streamer::openRing(Voice& voice, std::uint64_t want) {
             state.reader.reset();
     }
     // A file that vanished or changed under us ends the play rather than playing something else.
-    if (!state.reader)
+    if (!state.reader) {
         ring->markEnd();
+        voice.unreadSegment.store(voiceword::segment(want), std::memory_order_release);
+    }
     std::unique_ptr<StreamRing> old = std::move(state.ring);
     state.ring = std::move(ring);
     // Published once its first frames are in, so that a play started without being readied
@@ -254,6 +256,8 @@ void Streamer::fill(Voice& voice, std::size_t upTo) {
         const std::size_t n = state.reader->read(to, std::min(span, upTo - held));
         if (n == 0) {
             ring.markEnd();
+            if (state.reader->cameUpShort())
+                voice.unreadSegment.store(ring.segment, std::memory_order_release);
             state.reader.reset();
             return;
         }

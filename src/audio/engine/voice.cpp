@@ -61,7 +61,8 @@ void Voice::beginBlock(const std::atomic<Voice*>* slots, std::size_t frames) noe
         if (!before->playing_ || !wantsPlay || voiceword::segment(wanted) != before->segment_)
             return;
     }
-    const std::int64_t ahead = cueFrame.load(std::memory_order_relaxed) - before->cursor_;
+    // One that ended before the cue (its file could not be read) hands over at once, not never.
+    const std::int64_t ahead = before->ended_ ? 0 : cueFrame.load(std::memory_order_relaxed) - before->cursor_;
     if (ahead < static_cast<std::int64_t>(frames))
         fireAt_ = static_cast<std::size_t>(std::max<std::int64_t>(0, ahead));
 }

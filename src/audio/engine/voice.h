@@ -78,6 +78,9 @@ class Voice {
 
     // Written by the streaming thread, read by the audio thread.
     std::atomic<StreamRing*> ring{nullptr};
+    // Written by the streaming thread, read by the main thread: the last segment whose file could
+    // not be read as it was measured (gone, cut short, replaced); its play ended there.
+    std::atomic<std::uint32_t> unreadSegment{0};
 
     // [RT] Applies the latest control word and adds this voice into `out` (interleaved stereo).
     void mix(float* out, std::size_t frames, MixContext& context) noexcept;

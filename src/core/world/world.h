@@ -37,11 +37,25 @@ class SoundInstance;
 using SoundID = std::uint32_t;
 using GroupID = std::uint32_t;
 
+// What a sound file was when it was last looked at: enough to tell that it changed since.
+struct FileStamp {
+    bool found = false;
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t changedNs = 0;  // the inode's change time, which any write or rename sets
+    bool operator==(const FileStamp&) const = default;
+};
+
 struct LoopSound {
     AliasHandle alias;
     QString filename;  // cached on first request; null until then
     double volume = 1.0;
     SoundID id = 0;
+    // A play of it failed because its file could not be read: it is left out of the rotation
+    // until the file is no longer what `unreadableFile` says it was then.
+    bool unreadable = false;
+    FileStamp unreadableFile;
 };
 
 // The five fields that are always copied and moved as one unit.
@@ -222,6 +236,11 @@ public:
     int removeAllMoviesWithID(SoundID soundID);
     void validateScheduling() const;
 
+    // The loop sounds left out of the rotation because their files could not be read, by file name.
+    QStringList getUnreadableLoopSounds();
+    // Seconds between looks at the files of unreadable loop sounds while no loop sound plays.
+    static constexpr double UNREADABLE_RECHECK_SECONDS = 2.0;
+
     // Read-only view of the pool, for status displays and tests.
     int getNumMovies() const { return numMovies; }
     const MovieEntry& getMovieEntry(int index) const { return movies[static_cast<std::size_t>(index)]; }
@@ -262,6 +281,7 @@ private:
     std::array<MovieEntry, MAX_MOVIES> movies;
     std::int32_t numMovies = 0;
     EventLoopTimerRef moviesTaskTimerRef = nullptr;
+    double nextUnreadableCheck = 0.0;  // event-clock seconds
 
     audio::Engine& engine;
     EventLoop& eventLoop;
@@ -281,12 +301,20 @@ private:
     void disposeAllMovies();                       // every instance disposed, numMovies = 0
     void removeMoviesTaskTimer();                  // if installed
     double drawUnit();                             // random() / 2147483647.0
-    SoundID pickLoopSound();                       // random() mod numLoopSounds; 0 without loops
+    SoundID pickLoopSound();                       // random() mod readable loops; 0 without any
     double drawInterval(SoundID environmentSound); // the group's bounds when grouped, else its own
     double drawVolume(SoundID environmentSound);   // always the sound's own bounds
     void scheduleMovie(int index, double startTime, double volume);  // also readies the instance
     void startLoopChain(double now);               // the two loop picks of start()
     void scheduleNextLoopSound(double now);        // after a loop instance's play has ended
+    // Loop sounds whose files cannot be read (world_unreadable.cpp). An instance of `sound` to
+    // schedule, or -1; a sound that cannot be loaded is marked unreadable and another one picked.
+    int getPlayableLoopMovie(SoundID& sound);
+    void markLoopSoundUnreadable(SoundID id);
+    void releaseLoopSuccessors(double now);  // the turn after a play that failed comes now
+    bool reviveChangedLoopSounds();  // true when a file changed and its sound is back in
+    FileStamp stampLoopSoundFile(const LoopSound& sound) const;
+    void recheckUnreadableLoopSounds(double now);  // the timer's look while no loop plays
     void scheduleNextEnvironmentPlay(SoundID ended, double now);  // the successor of an ended play
     // Whether an entry's turn has come at `now`. An environment sound's turn comes `lead` seconds
     // early (the output's queue), so that it is heard at its time rather than a queue later; a

@@ -78,6 +78,7 @@ SoundID World::addLoopSound(const Alias& alias) {
     }
     const SoundID id = nextID++;
     LoopSound& record = loopSounds[static_cast<std::size_t>(numLoopSounds)];
+    record = LoopSound{};
     record.alias = alias.copy();
     record.filename = QString();
     record.volume = 1.0;

@@ -78,13 +78,26 @@ double World::drawUnit() {
     return static_cast<double>(random()) / RANDOM_MAX;
 }
 
-// [main]
+// [main] Once per turn of the loop chain, the files of unreadable sounds are looked at again (a
+// stat each), so one that was mended or replaced takes its turns again. With every sound readable
+// the draw is what it always was.
 SoundID World::pickLoopSound() {
-    if (numLoopSounds < 1) {
+    reviveChangedLoopSounds();
+    int readable = 0;
+    for (int i = 0; i < numLoopSounds; ++i) {
+        readable += loopSounds[static_cast<std::size_t>(i)].unreadable ? 0 : 1;
+    }
+    if (readable < 1) {
         return 0;
     }
-    const auto index = static_cast<std::size_t>(random() % numLoopSounds);
-    return loopSounds[index].id;
+    auto skip = random() % readable;
+    for (int i = 0; i < numLoopSounds; ++i) {
+        const LoopSound& sound = loopSounds[static_cast<std::size_t>(i)];
+        if (!sound.unreadable && skip-- == 0) {
+            return sound.id;
+        }
+    }
+    return 0;
 }
 
 // [main]
@@ -174,16 +187,16 @@ void World::scheduleMovie(int index, double startTime, double playVolume) {
 // then due at once, so the loop chain still begins (c seconds early, which only means now).
 void World::startLoopChain(double now) {
     double firstDuration = 0.0;
-    const SoundID first = pickLoopSound();
-    const int firstIndex = getUnscheduledMovie(true, first);
+    SoundID first = pickLoopSound();
+    const int firstIndex = getPlayableLoopMovie(first);
     if (firstIndex >= 0) {
         MovieEntry& entry = movies[static_cast<std::size_t>(firstIndex)];
         entry.skipFadeIn = true;
         scheduleMovie(firstIndex, now, getLoopSoundVolume(first));
         firstDuration = entry.duration;
     }
-    const SoundID second = pickLoopSound();
-    const int secondIndex = getUnscheduledMovie(true, second);
+    SoundID second = pickLoopSound();
+    const int secondIndex = getPlayableLoopMovie(second);
     if (secondIndex >= 0) {
         scheduleMovie(secondIndex, now + firstDuration - loopSoundsCrossFadeDuration,
                       getLoopSoundVolume(second));
@@ -255,13 +268,13 @@ void World::scheduleNextLoopSound(double now) {
     double next = now;
     for (int i = 0; i < numMovies; ++i) {
         const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
-        if (entry.isLoopSound && entry.startTime > 0.0 && now > entry.startTime) {
+        if (entry.isLoopSound && entry.startTime > 0.0 && now >= entry.startTime) {
             next = now + (entry.duration - movieSeconds(*entry.movie)) - loopSoundsCrossFadeDuration;
             break;
         }
     }
-    const SoundID sound = pickLoopSound();
-    const int index = getUnscheduledMovie(true, sound);
+    SoundID sound = pickLoopSound();
+    const int index = getPlayableLoopMovie(sound);
     if (index >= 0) {
         scheduleMovie(index, next, getLoopSoundVolume(sound));
     }
@@ -301,6 +314,11 @@ void World::serviceMovie(MovieEntry& entry, double now, double lead) {
     audio::SoundInstance& movie = *entry.movie;
 
     if (movie.isDone()) {
+        // One failed read is enough: the sound sits out until its file changes, and the chain goes on.
+        if (entry.isLoopSound && movie.failedToRead()) {
+            markLoopSoundUnreadable(entry.soundID);
+            releaseLoopSuccessors(now);
+        }
         entry.startTime = -1.0;
         entry.skipFadeIn = false;
         movie.stop();
@@ -354,10 +372,11 @@ void World::updateMovieVolume(MovieEntry& entry) {
 // returns after the engine's service (which frees what the audio thread let go).
 void World::moviesTaskTimer(EventLoopTimerRef /*timer*/, void* world) {
     World& self = *static_cast<World*>(world);
+    const double now = self.eventLoop.currentEventTime();
+    self.recheckUnreadableLoopSounds(now);
     if (self.numMovies < 1) {
         return;
     }
-    const double now = self.eventLoop.currentEventTime();
     self.engine.service();
     const double lead = self.engine.outputDelay();
     const bool due = std::any_of(self.movies.begin(), self.movies.begin() + self.numMovies,

@@ -1,0 +1,103 @@
+// Loop sounds whose files break while the world plays (deleted, emptied in place, replaced by
+// garbage): one failed play, then the sound sits out, with no further attempt, while the other loop
+// goes on or the world stays silent; mended, it plays again. Attempts are counted as the kernel
+// sees them, by the opens of the file.
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <cstdio>
+
+#include "support/worldfixture.h"
+
+namespace sylvora::test {
+namespace {
+
+class OpenCounter {
+public:
+    explicit OpenCounter(const QString& folder) : fd_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        EXPECT_GE(inotify_add_watch(fd_, QFile::encodeName(folder).constData(), IN_OPEN), 0);
+    }
+    ~OpenCounter() { close(fd_); }
+    OpenCounter(const OpenCounter&) = delete;
+    OpenCounter& operator=(const OpenCounter&) = delete;
+
+    // Opens of the file `name` in the folder since the last call.
+    int take(const char* name) {
+        int count = 0;
+        alignas(inotify_event) char buffer[4096];
+        for (ssize_t got; (got = read(fd_, buffer, sizeof buffer)) > 0;) {
+            for (char* at = buffer; at < buffer + got;) {
+                const auto* event = reinterpret_cast<const inotify_event*>(at);
+                if (event->len > 0 && qstrcmp(event->name, name) == 0) ++count;
+                at += sizeof(inotify_event) + event->len;
+            }
+        }
+        return count;
+    }
+
+private:
+    int fd_;
+};
+
+enum class Break { Deleted, Emptied, Garbage };
+
+void breakFile(const QString& path, Break how) {
+    if (how == Break::Deleted) {
+        ASSERT_TRUE(QFile::remove(path));
+    } else if (how == Break::Emptied) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(0));
+    } else {
+        QFile garbage(path + QStringLiteral(".new"));
+        ASSERT_TRUE(garbage.open(QIODevice::WriteOnly));
+        QByteArray bytes(200000, '\0');
+        for (int i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>((i * 7919 + 13) >> 3);
+        garbage.write(bytes);
+        garbage.close();
+        ASSERT_EQ(std::rename(QFile::encodeName(garbage.fileName()).constData(), QFile::encodeName(path).constData()), 0);
+    }
+}
+
+TEST(UnreadableLoopSound, SitsOutAfterOneFailedPlayUntilItsFileChanges) {
+    struct Case {
+        Break how;
+        bool otherLoop;
+    };
+    for (const Case c : {Case{Break::Deleted, true}, Case{Break::Emptied, true}, Case{Break::Garbage, true},
+                         Case{Break::Emptied, false}, Case{Break::Garbage, false}}) {
+        SCOPED_TRACE(testing::Message() << "break " << static_cast<int>(c.how) << (c.otherLoop ? ", two loops" : ", alone"));
+        WorldFixture w(3);
+        w.world.setLoopSoundsCrossFadeDuration(0);
+        // Four seconds: long enough to be streamed from the file, so each play reads it again.
+        const QString fragile = w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 4.0, 660.0);
+        const SoundID broken = w.addLoop(fragile);
+        if (c.otherLoop) w.addLoop(w.writeSound(QStringLiteral("Loop Sounds/steady.wav"), 4.0, 440.0));
+        w.world.start();
+        w.runSeconds(2.0);
+        OpenCounter opens(w.dir.filePath(QStringLiteral("Loop Sounds")));
+        breakFile(fragile, c.how);
+        w.runSeconds(20.0);  // five turns: every pick of it would be an attempt
+        EXPECT_EQ(w.world.getUnreadableLoopSounds(), QStringList{QStringLiteral("fragile.wav")});
+        EXPECT_LE(opens.take("fragile.wav"), 2);  // one attempt: a decoder or two try the file
+
+        // From then on not one attempt more; the other loop is heard every second, or nothing is.
+        for (int second = 0; second < 20; ++second) {
+            const float peak = w.play(1.0);
+            if (c.otherLoop) EXPECT_GT(peak, 0.2f) << "second " << second;
+            else EXPECT_EQ(peak, 0.0f) << "second " << second;
+        }
+        EXPECT_EQ(opens.take("fragile.wav"), 0);
+
+        // Mended, it takes its turns again.
+        w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 4.0, 660.0);
+        StartLog log;
+        w.runSeconds(30.0, [&](int tick) { log.onTick(w, tick); });
+        EXPECT_TRUE(w.world.getUnreadableLoopSounds().isEmpty());
+        EXPECT_GT(log.countOf(broken), 0);
+    }
+}
+
+}  // namespace
+}  // namespace sylvora::test
