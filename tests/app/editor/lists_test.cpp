@@ -9,6 +9,8 @@
 #include <QSlider>
 #include <QTest>
 
+#include "app/shell/startup.h"
+#include "audio/engine/engine.h"
 #include "editorfixture.h"
 
 namespace sylvora::test {
@@ -167,6 +169,7 @@ TEST_F(EditorLists, GroupsStartClosedAndShowTheirMembersWhenOpened) {
     EXPECT_TRUE(shownNames(list).isEmpty());
     editor().hide();
     EXPECT_EQ(loopList()->model()->rowCount(), 0);
+    EXPECT_FALSE(app::applicationEngine().lowLatencyWanted()) << "the closed editor gives the short buffers back";
 }
 
 TEST_F(EditorLists, RemovalWithGroupsOpenAndRenamesEndedByAClickThatTakesNoFocus) {
