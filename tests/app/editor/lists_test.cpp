@@ -169,6 +169,9 @@ TEST_F(EditorLists, GroupsStartClosedAndShowTheirMembersWhenOpened) {
     EXPECT_TRUE(shownNames(list).isEmpty());
     editor().hide();
     EXPECT_EQ(loopList()->model()->rowCount(), 0);
+    editor().startEditing();  // with nothing left to remove
+    EXPECT_FALSE(enabled("WET2", 5));
+    editor().hide();
     EXPECT_FALSE(app::applicationEngine().lowLatencyWanted()) << "the closed editor gives the short buffers back";
 }
 
