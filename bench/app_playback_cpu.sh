@@ -17,14 +17,6 @@ make_two_loops_world
 start_pulse
 start_x
 
-cpu_over_round() {  # cpu_over_round PID: CPU % of one core over one round
-  local c0 t0 c1 t1
-  c0=$(cpu_seconds "$1"); t0=$(now)
-  sleep "$seconds"
-  c1=$(cpu_seconds "$1"); t1=$(now)
-  echo "scale=3; 100 * ($c1 - $c0) / ($t1 - $t0)" | bc
-}
-
 hide_windows() {
   local window
   for window in $(xdotool search --all --onlyvisible --pid "$1" --name '' 2>/dev/null); do

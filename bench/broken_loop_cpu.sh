@@ -16,14 +16,6 @@ sox -D -n -r 44100 -c 2 "$scratch/breeze.flac" synth 10 brownnoise vol 0.25 2> /
 head -c 300000 /dev/urandom > "$scratch/garbage"
 start_pulse
 
-cpu_over_round() {  # cpu_over_round PID: CPU % of one core over one round
-  local c0 t0 c1 t1
-  c0=$(cpu_seconds "$1"); t0=$(now)
-  sleep "$seconds"
-  c1=$(cpu_seconds "$1"); t1=$(now)
-  echo "scale=3; 100 * ($c1 - $c0) / ($t1 - $t0)" | bc
-}
-
 one_round() {  # one_round intact|broken: prints the CPU %
   local world="$scratch/Two Loops $1.sylvora"
   rm -rf "$world"

@@ -51,6 +51,15 @@ start_pulse() {
   done
 }
 
+# CPU % of one core that process PID used over one round of $seconds (set by the script).
+cpu_over_round() {
+  local c0 t0 c1 t1
+  c0=$(cpu_seconds "$1"); t0=$(now)
+  sleep "$seconds"
+  c1=$(cpu_seconds "$1"); t1=$(now)
+  echo "scale=3; 100 * ($c1 - $c0) / ($t1 - $t0)" | bc
+}
+
 # The least of a list of numbers.
 least() { printf '%s\n' "$@" | sort -g | head -n 1; }
 
