@@ -9,14 +9,22 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QTimer>
+#include <atomic>
+#include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <thread>
+#include <vector>
 
 #include "audio/engine/engine.h"
 #include "core/files/alias.h"
+#include "core/time/qteventloop.h"
 #include "core/time/virtualeventloop.h"
 #include "core/world/world.h"
 #include "support/soundfiles.h"
@@ -169,6 +177,90 @@ void BM_SaveInPlaceChangingOneValue(benchmark::State& state) {
     state.counters["sounds_MB"] = static_cast<double>(files.totalBytes) / 1e6;
 }
 BENCHMARK(BM_SaveInPlaceChangingOneValue)->Args({10, 100})->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Pulls the engine at real-time pace in short blocks, as a sound server does, and keeps each
+// block's peak, so that the longest silence in what was heard can be read afterwards.
+class PacedListener {
+public:
+    static constexpr int BLOCK = 128;
+
+    PacedListener(audio::Engine& engine, double seconds)
+        : engine_(engine), peaks_(static_cast<std::size_t>(seconds * engine.sampleRate() / BLOCK)) {
+        thread_ = std::thread([this] { run(); });
+    }
+    ~PacedListener() {
+        running_ = false;
+        thread_.join();
+    }
+    // The longest run of blocks heard below `floor`, from the first loud block on, in seconds.
+    double longestSilence(float floor) const {
+        std::size_t run = 0, longest = 0;
+        bool begun = false;
+        for (std::size_t i = 0; i < heard_.load(); ++i) {
+            begun = begun || peaks_[i] >= floor;
+            run = begun && peaks_[i] < floor ? run + 1 : 0;
+            longest = std::max(longest, run);
+        }
+        return static_cast<double>(longest * BLOCK) / engine_.sampleRate();
+    }
+
+private:
+    void run() {
+        using Clock = std::chrono::steady_clock;
+        std::vector<float> block(2 * BLOCK);
+        const auto period = std::chrono::duration_cast<Clock::duration>(
+            std::chrono::duration<double>(static_cast<double>(BLOCK) / engine_.sampleRate()));
+        auto deadline = Clock::now();
+        for (std::size_t i = 0; running_ && i < peaks_.size(); ++i) {
+            engine_.render(block.data(), BLOCK);
+            float peak = 0.0f;
+            for (const float sample : block) peak = std::max(peak, std::fabs(sample));
+            peaks_[i] = peak;
+            heard_.store(i + 1);
+            std::this_thread::sleep_until(deadline += period);
+        }
+    }
+
+    audio::Engine& engine_;
+    std::vector<float> peaks_;
+    std::atomic<std::size_t> heard_{0};
+    std::atomic<bool> running_{true};
+    std::thread thread_;
+};
+
+void runEventsFor(double seconds) {
+    QEventLoop events;
+    QTimer::singleShot(static_cast<int>(seconds * 1000), &events, &QEventLoop::quit);
+    events.exec();
+}
+
+// The same in-place save while the world plays, heard through a listener at real-time pace: the
+// sound goes on while the package is written and exchanged, and the reload is a short crossfade.
+// Counter: the longest stretch below -60 dBFS in all that was heard (ms).
+void BM_SaveInPlaceWhilePlaying(benchmark::State& state) {
+    CopySources files(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    audio::Engine engine{SAMPLE_RATE};
+    QtEventLoop loop;
+    World world{engine, loop, 3u};
+    for (const QFileInfo& info : QDir(files.sources).entryInfoList(QDir::Files))
+        world.addLoopSound(*aliasOf(info.filePath()));
+    world.setLoopSoundsCrossFadeDuration(0);
+    if (world.doSaveAs(refOf(files.dir.path()), QStringLiteral("Playing.sylvora")) != noErr)
+        state.SkipWithError("cannot save the world");
+    PacedListener listener(engine, 3.0 + 2.0 * static_cast<double>(state.max_iterations));
+    world.start();
+    runEventsFor(1.0);
+    int round = 0;
+    for (auto _ : state) {
+        world.setName(QStringLiteral("Round %1").arg(++round));
+        if (world.doSave() != noErr) state.SkipWithError("save failed");
+        state.PauseTiming();
+        runEventsFor(0.5);
+        state.ResumeTiming();
+    }
+    state.counters["longest_silence_ms"] = listener.longestSilence(0.001f) * 1000.0;
+}
+BENCHMARK(BM_SaveInPlaceWhilePlaying)->Args({10, 100})->Iterations(5)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_CopyWithCp(benchmark::State& state) {
     CopySources files(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));

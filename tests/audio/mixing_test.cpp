@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
+#include <vector>
 
 #include "enginetestsupport.h"
 
@@ -79,6 +81,37 @@ TEST(Mixing, StartsAndStopsAreDeclicked) {
     EXPECT_LT(largestStep(out, 0), 0.0045) << "0.9 spread over a 5 ms fade";
     EXPECT_NEAR(out[2 * 6000 + 2 * 500], 0.0, 1e-6);
     EXPECT_NEAR(out[2 * 7999], slowToneAt(6999), 0.002) << "resumed where it stopped";
+}
+
+// Instances disposed in one go, with no render between them (a world closed or reloaded), each
+// still fade out; a wished fade stretches a stop to its own length, and a start from the beginning.
+TEST(Mixing, DisposalsInOneGoFadeAndWishedFadesTakeTheirLength) {
+    TempDir dir;
+    Engine engine;
+    const std::string path = makeSound(dir, QStringLiteral("slow.wav"), slowTone());
+    std::vector<std::unique_ptr<audio::SoundInstance>> world;
+    for (int i = 0; i < 3; ++i) {
+        world.push_back(openOrFail(engine, path));
+        world.back()->setVolume(85);  // a third each
+        world.back()->start();
+    }
+    std::vector<float> out = renderFrames(engine, 6000);
+    world.clear();
+    const std::vector<float> closed = renderFrames(engine, 1000);
+    EXPECT_LT(largestStep(closed, 0), 0.0045) << "0.9 spread over a 5 ms fade";
+    EXPECT_NEAR(peak(closed, 240), 0.0, 1e-6);
+
+    auto sound = openOrFail(engine, path);
+    sound->fadeNextChange(0.04);
+    sound->start();
+    out = renderFrames(engine, 6000);
+    EXPECT_NEAR(out[2 * 960], 0.5 * slowToneAt(960), 0.002) << "halfway into a 40 ms fade-in";
+    sound->fadeNextChange(0.04);
+    sound->stop();
+    const std::vector<float> faded = renderFrames(engine, 2400);
+    EXPECT_LT(largestStep(faded, 0), 0.0006) << "0.9 spread over 40 ms";
+    EXPECT_NEAR(faded[2 * 960], 0.5 * slowToneAt(6960), 0.002);
+    EXPECT_NEAR(peak(faded, 1920), 0.0, 1e-6);
 }
 
 TEST(Mixing, VoicesAddUp) {

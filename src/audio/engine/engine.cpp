@@ -1,6 +1,7 @@
 #include "audio/engine/engine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 #include "audio/engine/engineimpl.h"
@@ -16,8 +17,11 @@ constexpr double DECLICK_SECONDS = 0.005;
 // A new volume is reached over 20 ms, about one device buffer, so the scheduler's 15 steps a
 // second join into one smooth curve.
 constexpr double VOLUME_RAMP_SECONDS = 0.02;
-// service() calls a disposed voice may wait for its fade-out before it is dropped regardless.
-constexpr int MAX_FADE_WAITS = 30;
+// How long a disposed voice may take to play its fade-out before it is dropped regardless, and how
+// long without a finished render means that no output is pulling (offline, or none started), so
+// that a fade-out would never be played and is not waited for.
+constexpr auto MAX_FADE_WAIT = std::chrono::seconds(2);
+constexpr auto NOT_PULLING = std::chrono::milliseconds(500);
 }  // namespace
 
 Engine::Impl::Impl(int rate)
@@ -73,14 +77,20 @@ void Engine::Impl::dispose(std::shared_ptr<Voice> voice) {
     voice->want.store(0, std::memory_order_release);
     if (voice->source->streamed)
         streamer.wake();
-    dying_.push_back(Dying{std::move(voice), slot, 0, 0, false});
+    dying_.push_back(Dying{std::move(voice), slot, Clock::now(), 0, false});
     reclaim();
 }
 
 void Engine::Impl::reclaim() {
+    // Judged by time, not by the calls in between: a whole world disposed in one go makes many
+    // calls with no render between them, and each of its voices still has its fade to play.
+    const auto now = Clock::now();
     const std::uint64_t finished = epochs.finished.load(std::memory_order_acquire);
-    const bool rendering = finished != lastFinished_;
-    lastFinished_ = finished;
+    if (finished != lastFinished_) {
+        lastFinished_ = finished;
+        lastRender_ = now;
+    }
+    const bool pulling = now - lastRender_ < NOT_PULLING;
     for (Dying& d : dying_) {
         if (d.unslotted)
             continue;
@@ -88,7 +98,7 @@ void Engine::Impl::reclaim() {
         const std::uint64_t control = d.voice->control.load(std::memory_order_acquire);
         const bool quiet =
             voiceword::segment(status) == voiceword::segment(control) && !voiceword::flagB(status);
-        if (!quiet && rendering && ++d.waits < MAX_FADE_WAITS)
+        if (!quiet && pulling && now - d.disposed < MAX_FADE_WAIT)
             continue;
         slots[d.slot].store(nullptr, std::memory_order_seq_cst);
         d.stamp = epochs.stamp();

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -52,10 +53,11 @@ struct Engine::Impl {
     OutputLink* outputLink = nullptr;           // [main]
 
   private:
+    using Clock = std::chrono::steady_clock;
     struct Dying {
         std::shared_ptr<Voice> voice;
         std::size_t slot = 0;
-        int waits = 0;            // service() calls spent waiting for the fade-out
+        Clock::time_point disposed;
         std::uint64_t stamp = 0;  // set once the slot is emptied
         bool unslotted = false;
     };
@@ -63,6 +65,7 @@ struct Engine::Impl {
     std::vector<std::shared_ptr<Voice>> live_;  // indexed by slot
     std::vector<Dying> dying_;
     std::uint64_t lastFinished_ = 0;
+    Clock::time_point lastRender_;  // when reclaim() last saw a render finished
 
     // Audio-thread scratch, allocated once.
     std::vector<float> gains_;

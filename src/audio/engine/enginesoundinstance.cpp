@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "audio/engine/engineimpl.h"
 #include "audio/engine/voice.h"
@@ -79,6 +80,13 @@ double EngineSoundInstance::rate() const {
 bool EngineSoundInstance::failedToRead() const {
     settle();
     return segment_ != 0 && voice_->unreadSegment.load(std::memory_order_acquire) == segment_;
+}
+
+void EngineSoundInstance::fadeNextChange(double seconds) {
+    // Stored before the control word that it shapes, whose release publishes it too.
+    const auto frames = std::llround(std::max(0.0, seconds) * engine_.sampleRate);
+    voice_->fadeFrames.store(static_cast<std::uint32_t>(std::min<long long>(frames, std::numeric_limits<std::uint32_t>::max())),
+                             std::memory_order_relaxed);
 }
 
 bool EngineSoundInstance::isDone() const {

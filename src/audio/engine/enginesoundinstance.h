@@ -39,6 +39,7 @@ public:
     bool cueAfter(SoundInstance& predecessor, double overlapSeconds) override;
     bool isCued() const override;
     bool failedToRead() const override;
+    void fadeNextChange(double seconds) override;
 
 private:
     struct Heard {

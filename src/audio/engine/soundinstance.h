@@ -46,6 +46,11 @@ public:
     // when opened (gone, cut short, replaced by something else). A sound held decoded in memory
     // never fails this way.
     virtual bool failedToRead() const = 0;
+
+    // [main] The next start from the beginning, stop or disposal fades over `seconds` instead of a
+    // declick's few milliseconds; a cued handover never fades. This is how one world gives way to
+    // another (a save's reload) without a click and without a gap between them.
+    virtual void fadeNextChange(double seconds) = 0;
 };
 
 }  // namespace sylvora::audio

@@ -12,14 +12,25 @@ Voice::Voice(std::shared_ptr<const SoundSource> sound) : source(std::move(sound)
 
 Voice::~Voice() = default;
 
+std::size_t Voice::takeFadeFrames() noexcept {
+    std::uint32_t wished = fadeFrames.load(std::memory_order_relaxed);
+    // Spent unless the main thread has wished another since.
+    if (wished != 0)
+        fadeFrames.compare_exchange_strong(wished, 0, std::memory_order_relaxed);
+    return wished;
+}
+
 void Voice::applyControl(std::uint64_t word, const MixContext& context) noexcept {
     const std::uint32_t segment = voiceword::segment(word);
     const bool play = voiceword::flagA(word);
     const bool jump = segment != segment_;
-    if (playing_ && (jump || !play)) {
+    const bool fadesOut = playing_ && (jump || !play);
+    const bool starts = play && (!playing_ || jump);
+    const std::size_t wishedFade = fadesOut || starts ? takeFadeFrames() : 0;
+    if (fadesOut) {
         // What is heard now fades out from where it is, whatever the new state says.
         const float heard = volume_ * attack_;
-        const std::size_t length = std::max<std::size_t>(context.declickFrames, 1);
+        const std::size_t length = std::max<std::size_t>(wishedFade > 0 ? wishedFade : context.declickFrames, 1);
         tail_ = Fade{true, cursor_, segment_, heard, length, heard / static_cast<float>(length)};
     }
     if (jump) {
@@ -27,12 +38,13 @@ void Voice::applyControl(std::uint64_t word, const MixContext& context) noexcept
         cursor_ = voiceword::position(word);
         ended_ = false;
     }
-    if (play && (!playing_ || jump)) {
+    if (starts) {
         // A sound started from its beginning is heard as its file begins; only one resumed mid-way
-        // is cut in, and that is faded so it does not click.
-        const bool midway = cursor_ > 0;
-        attack_ = midway ? 0.0f : 1.0f;
-        attackLeft_ = midway ? context.declickFrames : 0;
+        // is cut in, and that is faded so it does not click. A wished fade applies either way.
+        const std::size_t length = wishedFade > 0 ? wishedFade : cursor_ > 0 ? context.declickFrames : 0;
+        attack_ = length > 0 ? 0.0f : 1.0f;
+        attackLeft_ = length;
+        attackStep_ = 1.0f / static_cast<float>(std::max<std::size_t>(length, 1));
         // A new play starts at the volume set for it, not gliding from the last play's.
         volume_ = rampTarget_ = gain.load(std::memory_order_relaxed);
         rampLeft_ = 0;
@@ -117,7 +129,7 @@ void Voice::mixHead(float* out, std::size_t frames, MixContext& context) noexcep
         }
         mixkernels::fill(gains + done, volume_, frames - done);
         if (attackLeft_ > 0) {
-            const float step = 1.0f / static_cast<float>(std::max<std::size_t>(context.declickFrames, 1));
+            const float step = attackStep_;
             const std::size_t n = std::min(frames, attackLeft_);
             mixkernels::scaleRamp(gains, attack_ + step, step, n);
             attackLeft_ -= n;

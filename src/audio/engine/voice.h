@@ -59,6 +59,9 @@ class Voice {
     std::atomic<std::uint64_t> control{0};  // segment | playing | position to play from
     std::atomic<float> gain{1.0f};          // target linear gain
     std::atomic<std::uint64_t> want{0};     // segment | ring wanted | position the ring starts at
+    // Frames the next start from the beginning or stop fades over instead of the declick; 0 for the
+    // declick. Written by the main thread before the control word, spent by the audio thread.
+    std::atomic<std::uint32_t> fadeFrames{0};
 
     // A cue, written by the main thread before the control word that says "cued": this voice starts
     // on the very sample at which the voice in slot `cueSlot` (which must still be `cueVoice`)
@@ -104,6 +107,7 @@ class Voice {
     };
 
     void applyControl(std::uint64_t word, const MixContext& context) noexcept;
+    std::size_t takeFadeFrames() noexcept;  // the wished fade, spent, or 0
     // Adds up to `frames` frames from `cursor` with per-sample `gains`; returns the frames taken.
     std::size_t take(std::int64_t cursor, std::uint32_t segment, float* out, const float* gains,
                      std::size_t frames, bool constantGain) noexcept;
@@ -120,7 +124,8 @@ class Voice {
     float rampTarget_ = 1.0f;
     float rampStep_ = 0.0f;
     std::size_t rampLeft_ = 0;
-    float attack_ = 1.0f;  // declick envelope of a start
+    float attack_ = 1.0f;  // envelope of a start that fades in
+    float attackStep_ = 0.0f;
     std::size_t attackLeft_ = 0;
     Fade tail_;
     std::uint64_t published_ = ~0ull;

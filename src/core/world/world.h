@@ -20,6 +20,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "core/files/alias.h"
 #include "core/time/eventloop.h"
@@ -103,6 +104,9 @@ public:
     static constexpr int MAX_MOVIES = 100;
     static constexpr std::int32_t DEFAULT_LOOP_SOUNDS_CROSS_FADE_DURATION = 5;
     static constexpr double MOVIES_TASK_TIMER_INTERVAL = 1.0 / 15.0;
+    // What sounded before a save's reload fades out over this while the reloaded world fades in:
+    // long enough to be no click, short enough to be heard as one unbroken sound.
+    static constexpr double RELOAD_FADE_SECONDS = 0.04;
 
     // Package format.
     static constexpr const char* PACKAGENAME_EXTENSION = "sylvora";
@@ -299,6 +303,9 @@ private:
 
     // Pool and scheduler helpers (world_pool.cpp, world_scheduler.cpp), shared with editing.
     void disposeAllMovies();                       // every instance disposed, numMovies = 0
+    // Every instance leaves the pool (numMovies = 0); those that sound are handed over, the rest
+    // disposed.
+    std::vector<std::unique_ptr<audio::SoundInstance>> takeSoundingMovies();
     void removeMoviesTaskTimer();                  // if installed
     double drawUnit();                             // random() / 2147483647.0
     SoundID pickLoopSound();                       // random() mod readable loops; 0 without any
@@ -306,6 +313,7 @@ private:
     double drawVolume(SoundID environmentSound);   // always the sound's own bounds
     void scheduleMovie(int index, double startTime, double volume);  // also readies the instance
     void startLoopChain(double now);               // the two loop picks of start()
+    void startFadingIn(double seconds);            // start(), the first loop heard at once
     void scheduleNextLoopSound(double now);        // after a loop instance's play has ended
     // Loop sounds whose files cannot be read (world_unreadable.cpp). An instance of `sound` to
     // schedule, or -1; a sound that cannot be loaded is marked unreadable and another one picked.

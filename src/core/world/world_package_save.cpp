@@ -27,6 +27,7 @@
 #include <functional>
 #include <vector>
 
+#include "audio/engine/soundinstance.h"
 #include "core/files/morefilesx.h"
 #include "core/files/nativepath.h"
 #include "core/files/utils.h"
@@ -385,16 +386,21 @@ bool World::isLoadedPackage(const FSRef& package) const {
 
 void World::releasePackageFiles() {
     if (previewStopper) previewStopper();
-    disposeAllMovies();
+    for (const auto& movie : takeSoundingMovies()) movie->fadeNextChange(RELOAD_FADE_SECONDS);
     closePictureFork();
 }
 
 void World::reloadFromSavedPackage(const FSRef& package, bool wasPlaying) {
-    // The reload replaces every sound, the one being previewed with it.
+    // The reload replaces every sound, the one being previewed with it. What sounds now goes on
+    // sounding while the saved package loads (its open files outlive their names), then fades out
+    // under the reloaded world as that fades in: a save is heard as a short crossfade, never as a
+    // cut followed by the silence of the load.
     if (previewStopper) previewStopper();
+    const auto outgoing = takeSoundingMovies();
     packageAlias.reset();
     loadFromPackage(package);
-    if (wasPlaying) start();
+    if (wasPlaying) startFadingIn(RELOAD_FADE_SECONDS);
+    for (const auto& movie : outgoing) movie->fadeNextChange(RELOAD_FADE_SECONDS);
 }
 
 OSStatus World::doSaveAs(const FSRef& parent, const QString& packageName) {

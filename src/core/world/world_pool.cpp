@@ -139,6 +139,19 @@ void World::disposeAllMovies() {
 }
 
 // [main]
+std::vector<std::unique_ptr<audio::SoundInstance>> World::takeSoundingMovies() {
+    std::vector<std::unique_ptr<audio::SoundInstance>> sounding;
+    for (int i = 0; i < numMovies; ++i) {
+        MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        if (entry.movie->rate() != 0.0) {
+            sounding.push_back(std::move(entry.movie));
+        }
+    }
+    disposeAllMovies();
+    return sounding;
+}
+
+// [main]
 void World::validateScheduling() const {
     const auto scheduledInstancesOf = [this](SoundID soundID) {
         int count = 0;

@@ -244,6 +244,21 @@ void World::start() {
     }
 }
 
+// [main] The first loop instance is started now rather than at the next tick, fading in, so
+// that it takes over from what sounded before without the wait of a tick between them.
+void World::startFadingIn(double seconds) {
+    start();
+    for (int i = 0; i < numMovies; ++i) {
+        MovieEntry& entry = movies[static_cast<std::size_t>(i)];
+        if (entry.skipFadeIn && entry.startTime > 0.0 && entry.movie->rate() == 0.0) {
+            entry.movie->setVolume(movieVolume(1.0, entry.volume, volume));
+            entry.movie->fadeNextChange(seconds);
+            entry.movie->start();
+            return;
+        }
+    }
+}
+
 // [main]
 void World::stop() {
     for (int i = 0; i < numMovies; ++i) {

@@ -3,12 +3,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <cmath>
 #include <csignal>
 
 #include "core/package/plist.h"
 #include "core/strings/stringresources.h"
 #include "packagetestfixture.h"
 #include "support/ordinaryuser.h"
+#include "support/signalanalysis.h"
 
 namespace sylvora::test {
 namespace {
@@ -179,6 +181,47 @@ TEST_F(PackageSave, SavingOverTheLoadedPackageKeepsItsIdentity) {
     EXPECT_EQ(folderEntries(package + QStringLiteral("/Loop Sounds")), QStringList{});
     EXPECT_EQ(world.getName(), QStringLiteral("Night 2"));
     EXPECT_EQ(prefs->getNumKnownWorlds(), 1);
+}
+
+// Saving over the playing world's own package is heard as a short crossfade into the reloaded
+// world: no sample leaves the tone's course as a cut or a declick would, and the tone is never
+// silent for longer than the fade. The save comes between two ticks, as a person's does.
+TEST_F(PackageSave, SavingAPlayingWorldNeitherClicksNorFallsSilent) {
+    constexpr double FREQUENCY = 441.0;  // whole cycles in one second at the fixture's rate
+    constexpr double AMPLITUDE = 0.3;
+    world.addLoopSound(*aliasOf(writeSound(QStringLiteral("sources/tone.wav"), 1.0, FREQUENCY, AMPLITUDE)));
+    world.setLoopSoundsCrossFadeDuration(0);
+    ASSERT_EQ(saveAs(QStringLiteral("Tone.sylvora")), noErr);
+    world.start();
+    Recording heard;
+    const auto record = [&heard](const float* samples, std::size_t frames, std::uint64_t) { heard.append(samples, frames); };
+    renderer.renderSeconds(1.41, record);
+    world.setName(QStringLiteral("Tone"));
+    ASSERT_EQ(world.doSave(), noErr);
+    ASSERT_TRUE(world.isPlaying());
+    renderer.renderSeconds(1.0, record);
+
+    // x[n] - 2cos(w)x[n-1] + x[n-2] is zero on a steady sine; a fade leaves a trace in proportion
+    // to its slope, a cut or a 5-ms declick one many times larger. (The world's own first start,
+    // from silence, is left out.)
+    const std::vector<float>& x = heard.left();
+    const double twoCos = 2.0 * std::cos(2.0 * M_PI * FREQUENCY / sampleRate);
+    double worstStep = 0.0;
+    for (auto n = static_cast<std::size_t>(sampleRate / 10); n < x.size(); ++n)
+        worstStep = std::max(worstStep, std::fabs(x[n] - twoCos * x[n - 1] + x[n - 2]));
+    EXPECT_LT(worstStep, 0.004 * AMPLITUDE);
+
+    const auto period = static_cast<std::size_t>(sampleRate / FREQUENCY);
+    std::size_t silentPeriods = 0;
+    std::size_t longestSilence = 0;
+    for (std::size_t first = 0; first + period <= x.size(); first += period) {
+        const bool silent = std::all_of(x.begin() + static_cast<std::ptrdiff_t>(first),
+                                        x.begin() + static_cast<std::ptrdiff_t>(first + period),
+                                        [](float v) { return std::fabs(v) < 0.05 * AMPLITUDE; });
+        silentPeriods = silent ? silentPeriods + 1 : 0;
+        longestSilence = std::max(longestSilence, silentPeriods);
+    }
+    EXPECT_LE(static_cast<double>(longestSilence * period) / sampleRate, World::RELOAD_FADE_SECONDS);
 }
 
 // A file manager renames the open world's package and moves it into another folder while it plays:
