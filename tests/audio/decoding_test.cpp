@@ -129,6 +129,30 @@ INSTANTIATE_TEST_SUITE_P(Codecs, DecodingCompressed,
                              return name.substr(0, name.find('.'));
                          });
 
+// A file cut short whose index still promises the whole sound (an MP4 with its index first, as
+// streaming tools write it) is as long as what it holds, and plays that to its end without failing.
+TEST(Decoding, ACutShortFileIsAsLongAsWhatItHolds) {
+    TempDir dir;
+    const long frames = 4 * 48000;
+    const std::string path = dir.filePath(QStringLiteral("cut.m4a")).toStdString();
+    EncodeSettings settings{"aac", 48000, 2, true, true};
+    ASSERT_EQ(writeEncodedFile(path, settings, sineFrames(440.0, 0.5, frames, 48000, 2)), "");
+    QFile file(QString::fromStdString(path));
+    ASSERT_TRUE(file.resize(file.size() * 6 / 10));
+
+    Engine engine;
+    auto sound = openOrFail(engine, path);
+    ASSERT_TRUE(sound);
+    EXPECT_GT(sound->duration(), frames * 4 / 10);
+    EXPECT_LT(sound->duration(), frames * 7 / 10);
+    std::vector<float> out;
+    sound->start();
+    renderUntilDone(engine, *sound, frames, &out, 512);
+    ASSERT_TRUE(sound->isDone());
+    EXPECT_FALSE(sound->failedToRead());
+    EXPECT_NEAR(static_cast<double>(out.size() / 2), static_cast<double>(sound->duration()), 4096.0);
+}
+
 TEST(Decoding, FilesThatCannotPlayGiveAStatusAndNoInstance) {
     TempDir dir;
     Engine engine;

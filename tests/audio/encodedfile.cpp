@@ -100,6 +100,8 @@ std::string writeEncodedFile(const std::string& path, const EncodeSettings& sett
     AVDictionary* options = nullptr;
     if (!settings.lengthHeader)
         av_dict_set(&options, "write_xing", "0", 0);
+    if (settings.indexFirst)
+        av_dict_set(&options, "movflags", "+faststart", 0);
     const int header = avformat_write_header(format.get(), &options);
     av_dict_free(&options);
     if (header < 0)

@@ -13,6 +13,7 @@ struct EncodeSettings {
     int sampleRate = 48000;
     int channels = 2;
     bool lengthHeader = true;  // MP3 only: false leaves out the Xing/LAME length header
+    bool indexFirst = false;   // MP4 only: the index before the sound, as files made for streaming have it
 };
 
 // Encodes interleaved float frames into `path` (the container follows the extension).

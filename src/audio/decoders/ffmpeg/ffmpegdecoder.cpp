@@ -96,6 +96,11 @@ std::unique_ptr<Decoder> FfmpegDecoder::open(const std::string& path) {
     if (decoder->format_.sampleRate < 1 || decoder->format_.channels < 1)
         return nullptr;
     decoder->format_.frames = decoder->statedLength();
+    if (const std::int64_t held = decoder->heldLength(); held >= 0 && held < decoder->format_.frames) {
+        decoder->format_.frames = held;
+        if (decoder->lengthCap_ >= 0)
+            decoder->lengthCap_ = held;
+    }
     if (decoder->leadIn_ > 0 && !decoder->skipLeadIn())
         return nullptr;
     return decoder;
@@ -169,6 +174,34 @@ std::int64_t FfmpegDecoder::statedLength() {
         default:
             return stated;
     }
+}
+
+std::int64_t FfmpegDecoder::heldLength() const {
+    // (FFmpeg 5 takes the stream as mutable, though it only reads it.)
+    AVStream* stream = format_context_->streams[stream_];
+    const int entries = avformat_index_get_entries_count(stream);
+    const std::int64_t fileSize = format_context_->pb ? avio_size(format_context_->pb) : -1;
+    if (entries < 1 || fileSize <= 0)
+        return -1;
+    const auto beyondTheEnd = [&](int entry) {
+        const AVIndexEntry* e = avformat_index_get_entry(stream, entry);
+        return e->pos + e->size > fileSize;
+    };
+    if (!beyondTheEnd(entries - 1))
+        return -1;
+    // Packets lie in the file in the order of the index, so the first one missing splits it in two.
+    int low = 0;
+    int high = entries - 1;
+    while (low < high) {
+        const int middle = low + (high - low) / 2;
+        if (beyondTheEnd(middle))
+            high = middle;
+        else
+            low = middle + 1;
+    }
+    const std::int64_t start = stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time;
+    const std::int64_t firstMissing = avformat_index_get_entry(stream, low)->timestamp - start;
+    return std::max<std::int64_t>(0, av_rescale_q(firstMissing, stream->time_base, AVRational{1, format_.sampleRate}));
 }
 
 namespace {

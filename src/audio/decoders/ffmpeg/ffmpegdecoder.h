@@ -47,6 +47,9 @@ class FfmpegDecoder final : public Decoder {
     explicit FfmpegDecoder(std::string path);
     bool openStreams();
     std::int64_t statedLength();  // also sets leadIn_ and lengthCap_
+    // The frames up to the first packet the index places beyond the file's end, or -1 when the
+    // index places none there: a file cut short can keep an index that promises the whole sound.
+    std::int64_t heldLength() const;
     // Decodes the next frame into pending_; false at the end of the stream or on an error.
     bool decodeMore();
     void appendFrame(const AVFrame& frame);
