@@ -3,7 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFileInfo>
+#include <QProcess>
+#include <QThread>
+#include <csignal>
+#include <unistd.h>
 
 #include "clirunner.h"
 #include "support/worldfixture.h"
@@ -88,6 +93,32 @@ TEST_F(MakeTest, SplitsBySoundLengthTakesThePictureSkipsTheUndecodableAndPlays) 
     EXPECT_TRUE(again.err.contains(QLatin1String("already exists"))) << again.err.toStdString();
     ASSERT_EQ(load(package), noErr);
     EXPECT_EQ(world.getName(), QStringLiteral("Night Garden"));
+}
+
+// Ctrl+C or SIGTERM stops a make half-way: it says so, exits 128 plus the signal, and leaves
+// nothing where the package was to go, so that the next make is not told it already exists.
+TEST_F(MakeTest, InterruptedMakeLeavesNothingBehind) {
+    // Many names for one long sound make a save that takes long enough to be caught under way.
+    const QString one = writeSound(QStringLiteral("Many/sound 0.wav"), 30.0);
+    for (int i = 1; i < 200; ++i)
+        ASSERT_EQ(::link(QFile::encodeName(one).constData(),
+                         QFile::encodeName(dir.filePath(QStringLiteral("Many/sound %1.wav").arg(i))).constData()),
+                  0);
+    const QString out = dir.makeDir(QStringLiteral("out"));
+    const QString package = out + QStringLiteral("/Many.sylvora");
+    for (const int signalNumber : {SIGINT, SIGTERM}) {
+        SCOPED_TRACE(signalNumber);
+        QProcess process;
+        process.start(QStringLiteral(SYLVORA_CLI_PATH), {"make", dir.filePath(QStringLiteral("Many")), "-o", package});
+        ASSERT_TRUE(process.waitForStarted(-1));
+        // Under way once its temporary package appears beside the destination.
+        while (QDir(out).isEmpty() && process.state() == QProcess::Running) QThread::msleep(5);
+        ::kill(static_cast<pid_t>(process.processId()), signalNumber);
+        ASSERT_TRUE(process.waitForFinished(-1));
+        EXPECT_EQ(process.exitCode(), 128 + signalNumber);
+        EXPECT_TRUE(QString::fromUtf8(process.readAllStandardError()).contains(QStringLiteral("interrupted")));
+        EXPECT_TRUE(QDir(out).isEmpty()) << QDir(out).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).join(u',').toStdString();
+    }
 }
 
 TEST_F(MakeTest, AFolderWithoutASoundMakesNothing) {
