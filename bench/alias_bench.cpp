@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "core/files/alias.h"
@@ -32,7 +33,9 @@ constexpr int FILES_PER_FOLDER = 100;  // 20 × 50 × 100 = 100,000 files
 // empty sibling folder Archive.
 class Home {
   public:
-    Home() : dir_(root() + QStringLiteral("/sylvora-alias-bench-XXXXXX")) {
+    // Removed with the object, or kept when `kept` (for a program run afterwards in it).
+    explicit Home(bool kept = false) : dir_(root() + QStringLiteral("/sylvora-alias-bench-XXXXXX")) {
+        dir_.setAutoRemove(!kept);
         music_ = dir_.path() + QStringLiteral("/home/Music");
         for (int d = 0; d < TOP_FOLDERS; ++d) {
             for (int s = 0; s < SUBFOLDERS; ++s) {
@@ -57,6 +60,7 @@ class Home {
 
     QString package() const { return music_ + QStringLiteral("/Worlds/Forest.sylvora"); }
     QString music() const { return music_; }
+    QString path() const { return dir_.path(); }
 
     static Home& shared() {
         static Home home;
@@ -187,32 +191,37 @@ class CountingMenu : public KnownWorldsMenu {
     int items = 0;
 };
 
+// Settings at `settings` that know 200 worlds in `home`, which then meet their fate.
+void prepareGoneWorlds(const Home& home, const QString& settings, Fate fate) {
+    const QString worlds = home.music() + QStringLiteral("/Known");
+    QDir(worlds).removeRecursively();
+    QDir(home.music() + QStringLiteral("/Known moved")).removeRecursively();
+    {
+        Preferences made(settings);
+        for (int i = 0; i < Preferences::MAX_KNOWN_WORLDS; ++i) {
+            const QString package = worlds + QStringLiteral("/World %1.sylvora").arg(i);
+            QDir().mkpath(package);
+            const AliasHandle alias = Alias::fromBytes(storedAliasBytes(package));
+            made.updateKnownWorlds(alias.get(), QStringLiteral("World %1").arg(i));
+        }
+        made.savePreferences();
+    }
+    if (fate == Fate::moved) {
+        rename(worlds, home.music() + QStringLiteral("/Known moved"));
+    } else {
+        QDir(worlds).removeRecursively();
+        if (fate == Fate::restored)  // a backup put back: the same paths, new inodes
+            for (int i = 0; i < Preferences::MAX_KNOWN_WORLDS; ++i)
+                QDir().mkpath(worlds + QStringLiteral("/World %1.sylvora").arg(i));
+    }
+}
+
 void knownWorldsGone(benchmark::State& state, Fate fate) {
     Home& home = Home::shared();
-    const QString worlds = home.music() + QStringLiteral("/Known");
     const QString settings = home.music() + QStringLiteral("/Sylvora.ini");
     for (auto _ : state) {
         state.PauseTiming();
-        QDir(worlds).removeRecursively();
-        QDir(home.music() + QStringLiteral("/Known moved")).removeRecursively();
-        {
-            Preferences made(settings);
-            for (int i = 0; i < Preferences::MAX_KNOWN_WORLDS; ++i) {
-                const QString package = worlds + QStringLiteral("/World %1.sylvora").arg(i);
-                QDir().mkpath(package);
-                const AliasHandle alias = Alias::fromBytes(storedAliasBytes(package));
-                made.updateKnownWorlds(alias.get(), QStringLiteral("World %1").arg(i));
-            }
-            made.savePreferences();
-        }
-        if (fate == Fate::moved) {
-            rename(worlds, home.music() + QStringLiteral("/Known moved"));
-        } else {
-            QDir(worlds).removeRecursively();
-            if (fate == Fate::restored)  // a backup put back: the same paths, new inodes
-                for (int i = 0; i < Preferences::MAX_KNOWN_WORLDS; ++i)
-                    QDir().mkpath(worlds + QStringLiteral("/World %1.sylvora").arg(i));
-        }
+        prepareGoneWorlds(home, settings, fate);
         state.ResumeTiming();
 
         const auto started = std::chrono::steady_clock::now();
@@ -241,6 +250,28 @@ BENCHMARK(BM_StartUpWith200MovedKnownWorlds)->Unit(benchmark::kMillisecond)->Ite
 void BM_StartUpWith200RestoredKnownWorlds(benchmark::State& state) { knownWorldsGone(state, Fate::restored); }
 BENCHMARK(BM_StartUpWith200RestoredKnownWorlds)->Unit(benchmark::kMillisecond)->Iterations(2);
 
+// `alias_bench --prepare-gone-worlds deleted|moved|restored`: builds a home folder that is kept,
+// with settings at <home>/config/Sylvora/Sylvora.ini that know 200 worlds gone that way, and prints
+// the home's path: for bench/app_startup.sh --gone-worlds, which starts the application on it.
+int prepareForTheApplication(const QString& fateName) {
+    const Fate fate = fateName == QLatin1String("moved")      ? Fate::moved
+                      : fateName == QLatin1String("restored") ? Fate::restored
+                                                              : Fate::deleted;
+    const Home home(true);
+    prepareGoneWorlds(home, home.path() + QStringLiteral("/config/Sylvora/Sylvora.ini"), fate);
+    std::printf("%s\n", qPrintable(home.path()));
+    return 0;
+}
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    if (argc == 3 && std::strcmp(argv[1], "--prepare-gone-worlds") == 0)
+        return prepareForTheApplication(QString::fromLocal8Bit(argv[2]));
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

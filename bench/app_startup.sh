@@ -3,14 +3,18 @@
 # private X server, cache warm (one unmeasured launch first), each launch with fresh settings.
 #   default      a tone world named on the command line (new to it, so its Get Info window opens too)
 #   --first-run  no argument at all, as a new user's first launch: the bundled example world plays
+#   --gone-worlds deleted|moved|restored
+#                the tone world, with settings that know 200 worlds gone that way in a home folder of
+#                100,000 files (made by alias_bench; SYLVORA_BENCH_DIR chooses where)
 # The sink's monitor is read in 5-ms blocks while the application starts; the time is taken when
 # the first block with sound arrives (above -30 dBFS for the tone; above -60 dBFS for the bundled
 # world, which fades in and which the null sink otherwise keeps at exact silence), so the
 # recording's own latency is counted against us.
-# Usage: bench/app_startup.sh [--first-run] [build-dir] [launches, default 7]
+# Usage: bench/app_startup.sh [--first-run | --gone-worlds FATE] [build-dir] [launches, default 7]
 set -euo pipefail
-first_run=false
+first_run=false gone=""
 if [[ ${1:-} == --first-run ]]; then first_run=true; shift; fi
+if [[ ${1:-} == --gone-worlds ]]; then gone=$2; shift 2; fi
 source "$(dirname "$0")/world_common.sh"
 source "$(dirname "$0")/app_common.sh"
 launches=${2:-7}
@@ -22,6 +26,18 @@ else
   sox -D -n -r 44100 -c 2 "$scratch/tone.flac" synth 30 sine 440 vol 0.5 2> /dev/null
   "$synth" assemble "$scratch/Tone.sylvora" --name "Tone" --loop "$scratch/tone.flac"
   launch=("$app" "$scratch/Tone.sylvora") threshold=1036 what="launch to first sound"
+fi
+if [[ -n $gone ]]; then
+  home=$("$build/bench/alias_bench" --prepare-gone-worlds "$gone")
+  cleanups+=("rm -rf '$home'")
+  what+=" with 200 $gone known worlds"
+  # Every launch starts from the settings as prepared: a launch tidies the list it read.
+  fresh_settings() {
+    local dir
+    dir=$(mktemp -d "$scratch/settings-XXXXXX")
+    cp -r "$home/config" "$dir/config"
+    export XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache"
+  }
 fi
 start_pulse
 start_x
