@@ -79,6 +79,7 @@ TEST_F(EditorFiles, TheSoundDialogListsFoldersAndSampledSoundsOnlyAndChoosePictu
     QFileDialog* dialog = editor().openDialog();
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->windowTitle(), "Select Looping Sound Files");  // the English table's text
+    EXPECT_EQ(dialog->labelText(QFileDialog::Accept), "Choose");
     dialog->setDirectory(folder);
     auto* filter = qobject_cast<QSortFilterProxyModel*>(dialog->proxyModel());
     ASSERT_NE(filter, nullptr);
@@ -132,6 +133,12 @@ TEST_F(EditorFiles, DropsLandOnTheBackgroundOrAGroupNeverOnASoundRow) {
     const QString notes = dir.writeFile(QStringLiteral("sounds/notes.txt"), "not a sound");
     EXPECT_FALSE(drop(list, *filesDrag({notes}), background(list)));
     EXPECT_EQ(world().getNumEnvironmentSounds(), 2);
+    // A drag that carries no file is turned away as it enters.
+    QMimeData words;
+    words.setText(QStringLiteral("birds"));
+    QDragEnterEvent refused(background(list), Qt::CopyAction, &words, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(list->viewport(), &refused);
+    EXPECT_FALSE(refused.isAccepted());
     // While a drag is over a group the group is marked; over a sound row nothing is.
     const auto hovering = filesDrag({sound("e4.wav")});
     QDragEnterEvent enter(background(list), Qt::CopyAction, hovering.get(), Qt::LeftButton, Qt::NoModifier);

@@ -3,6 +3,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
 #include <QLabel>
 #include <QTabBar>
 #include <QLineEdit>
@@ -19,16 +20,22 @@ namespace {
 class EditorLists : public EditorTest {};
 
 TEST_F(EditorLists, LoopNamesSortNumericallyAndRemovalSelectsTheNeighbour) {
-    // Names ending in 2 sort before 10; case does not count, and equal names keep their age.
+    // A sound whose file went before its name was read has no name and leads the list; 002 sorts
+    // before 10 (leading zeros do not count); case does not count; equal names keep their age.
+    const QString gone = sound("gone.wav");
+    const SoundID nameless = world().addLoopSound(*WorldFixture::aliasOf(gone));
+    ASSERT_TRUE(QFile::remove(gone));
     std::vector<SoundID> ids;
-    for (const char* name : {"Rain 10.wav", "rain 2.wav", "Rain 1.wav", "Wind.wav", "Zephyr.wav"}) {
+    for (const char* name : {"Rain 10.wav", "rain 002.wav", "Rain 1.wav", "Wind.wav", "Zephyr.wav"}) {
         ids.push_back(world().addLoopSound(*WorldFixture::aliasOf(sound(QString::fromLatin1(name)))));
     }
     editor().startEditing();
     app::EditorSoundList* list = loopList();
-    EXPECT_EQ(shownNames(list), (QStringList{"Rain 1.wav", "rain 2.wav", "Rain 10.wav", "Wind.wav", "Zephyr.wav"}));
+    EXPECT_EQ(shownNames(list), (QStringList{"", "Rain 1.wav", "rain 002.wav", "Rain 10.wav", "Wind.wav", "Zephyr.wav"}));
     EXPECT_TRUE(app::WorldEditorWindow::DBSortComparatorCallback(*list, ids[1], ids[0]));
     EXPECT_TRUE(enabled("WET1", 5));
+    list->selectOnly(nameless);
+    clickCommand("RMLS");
 
     // A middle run: the row after it moves up and is selected.
     list->selectionModel()->clearSelection();
@@ -125,6 +132,8 @@ TEST_F(EditorLists, NewGroupsAreNamedInPlaceAndMoveToTheirSortedPlace) {
     EXPECT_EQ(list->editItemID(), first);
     EXPECT_EQ(editor().getPreviewSoundID(), 0u);
     list->commitEditing();
+    QTest::keyClick(list, Qt::Key_F2);  // renaming starts only where the editor starts it
+    EXPECT_EQ(list->editItemID(), 0u);
 
     // Nothing selected: both interval fields empty, both boxes off; no beep from clearing them.
     list->selectOnly(0);

@@ -86,6 +86,13 @@ TEST_F(EditorValues, TypedMinimumPushesTheWorldAtOnceAndThePartnerAfterAPause) {
     EXPECT_EQ(world().getEnvironmentSoundMinInterval(target), 8);
     EXPECT_EQ(world().getEnvironmentSoundMaxInterval(target), 8);
     ASSERT_TRUE(processEventsUntil([this] { return field("WET2", 19)->text() == "8"; }, 1000));
+    // Typed on past the minimum within the pause (3, then 30), the maximum gives the minimum back.
+    type(field("WET2", 23), "3");
+    EXPECT_EQ(world().getEnvironmentSoundMinInterval(target), 3);
+    QTest::keyClick(field("WET2", 23), Qt::Key_0);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(world().getEnvironmentSoundMinInterval(target), 8);
+    EXPECT_EQ(world().getEnvironmentSoundMaxInterval(target), 30);
     EXPECT_EQ(beeps, 0);
 }
 
