@@ -72,7 +72,7 @@ void doWorldOpenPrompt() {
         else navDialogEventCallback(NavSelector::UserAction, NavUserAction::Cancel);
         navDialogEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
     });
-    dialog->open();
+    dialog->show();
 }
 
 void doWorldSaveAsPrompt() {
@@ -87,7 +87,7 @@ void doWorldSaveAsPrompt() {
         else navDialogEventCallback(NavSelector::UserAction, NavUserAction::Cancel);
         navDialogEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
     });
-    dialog->open();
+    dialog->show();
 }
 
 void navDialogEventCallback(NavSelector selector, NavUserAction action) {

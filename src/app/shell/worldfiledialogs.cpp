@@ -30,6 +30,7 @@ QString withExtension(const QString& name) {
 }
 void configure(QFileDialog& dialog) {
     dialog.setOption(QFileDialog::DontUseNativeDialog);
+    // Shown with show(): open() would make it window-modal, and without a parent that holds nothing.
     dialog.setWindowModality(Qt::ApplicationModal);
     dialog.setAttribute(Qt::WA_DeleteOnClose);
     // Where worlds are: those that come with Sylvora and the person's own.

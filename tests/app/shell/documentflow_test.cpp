@@ -350,3 +350,19 @@ TEST_F(DocumentFlow, OpeningWithTheEditorShownRefillsItAndOnlyANewWorldShowsItsI
         EXPECT_TRUE(idle());
     }
 }
+
+TEST_F(DocumentFlow, TheOpenAndSaveAsDialogsHoldEveryOtherWindow) {
+    gGetInfoWindow->show();
+    QWindow* info = gGetInfoWindow->getWindow()->windowHandle();
+    for (const CommandID command : {command::OPEN, command::SAVE_AS}) {
+        answerNextModal([info](QWidget* dialog) {
+            QTest::keyClick(info, Qt::Key_E, Qt::ControlModifier);  // through the window system, as typed
+            QCoreApplication::processEvents();
+            EXPECT_FALSE(gWorldEditorWindow->isVisible());
+            static_cast<QDialog*>(dialog)->reject();
+        });
+        dispatchCommand(command);
+        ASSERT_TRUE(waitForAnswers());
+        ASSERT_TRUE(processEventsUntil([this] { return idle(); }));
+    }
+}
