@@ -68,11 +68,15 @@ TEST_F(ShellMenus, VolumeLevelsAreCheckedAndSteppedAtTheirBoundaries) {
         EXPECT_EQ(checkedLevel(*dockVolumeSubMenu, 1), c.level);
     }
     EXPECT_EQ(volumeLevel(std::nan("")), 7);
-    // The Volume menu's own layout: louder, softer, then the eight levels from item 4.
+    // The Volume menu's own layout: louder, softer, then the eight levels from item 4 and no more.
     const auto items = getMenu(VOLUME_MENU_ID)->actions();
+    ASSERT_TRUE(items.at(11)->isSeparator()) << "the levels end at item 11";
+    EXPECT_EQ(dockVolumeSubMenu->actions().size(), 8);
     EXPECT_EQ(commandOf(*items.at(0)), command::VOLUME_UP);
     EXPECT_EQ(commandOf(*items.at(1)), command::VOLUME_DOWN);
     for (int level = 0; level < 8; ++level) EXPECT_EQ(commandOf(*items.at(3 + level)), command::VOLUME_LEVEL_0 + CommandID(level));
+    EXPECT_EQ(itemTexts(*getMenu(FILE_MENU_ID)), (QStringList{"&New World", "&Open World…", "&Known Worlds", "-", "&Close Window",
+                                                             "&Save", "Save &As…", "-", "&Quit"}));
 }
 
 TEST_F(ShellMenus, DockAndKnownWorldsMenusAreRebuiltWithoutDuplicates) {
@@ -147,6 +151,7 @@ TEST_F(ShellMenus, CloseNeedsAVisibleWindowAndEditCommandsAFocusedField) {
     ShellEvents::instance().notifyStateChanged();
     EXPECT_FALSE(findMenuCommand(command::CLOSE)->isEnabled());
     EXPECT_FALSE(findMenuCommand(command::PASTE)->isEnabled());
+    EXPECT_FALSE(findMenuCommand(command::PLAY_PAUSE)->isEnabled()) << "a world without sounds has nothing to play";
 
     dispatchCommand(command::GET_INFO);
     EXPECT_TRUE(findMenuCommand(command::CLOSE)->isEnabled());

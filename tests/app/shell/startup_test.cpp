@@ -238,6 +238,12 @@ TEST_F(StartUpAndOpen, FirstLaunchPlaysTheBundledWorldAndEveryLaunchByAPersonLea
     gGetInfoWindow->hide();
     openHandedDocuments({});
     EXPECT_TRUE(gGetInfoWindow->isVisible()) << "a second launch with nothing to open shows the world";
+
+    // A launch given a world opens that one, not the last.
+    shutDownApp();
+    startApp();
+    openFirstWorld({makeWorldPackage(QStringLiteral("Brook"))});
+    EXPECT_EQ(gCurrentWorld->getName(), QStringLiteral("Brook"));
 }
 
 TEST_F(StartUpAndOpen, ADamagedWorldLeavesTheCurrentOnePlayingAndTheAlertNamesIt) {
