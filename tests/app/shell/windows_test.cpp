@@ -1,6 +1,11 @@
-// The window base, the text notifier and the error alert.
+// The window base, the text notifier, the error alert and the help book.
 
+#include <QApplication>
+#include <QDesktopServices>
 #include <QFile>
+#include <QPointer>
+#include <QStandardPaths>
+#include <QTextBrowser>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPlainTextEdit>
@@ -10,6 +15,7 @@
 #include "app/shell/alerts.h"
 #include "app/shell/applicationevents.h"
 #include "app/shell/globals.h"
+#include "app/shell/helpbook.h"
 #include "app/support/appfixture.h"
 #include "app/windows/mycarbonwindow.h"
 #include "app/windows/textchangenotifier.h"
@@ -17,6 +23,17 @@
 using namespace sylvora;
 using namespace sylvora::app;
 using namespace sylvora::test;
+
+namespace sylvora::test {
+// Stands in for the browser.
+class BrowserStandIn : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> opened;
+public Q_SLOTS:
+    void open(const QUrl& url) { opened << url; }
+};
+}  // namespace sylvora::test
 
 namespace {
 
@@ -100,3 +117,41 @@ TEST_F(ShellWindows, ASaveThatDoesNotFindASoundNamesItInTheAlert) {
     ASSERT_EQ(gCurrentWorld->doSave(), noErr);
     EXPECT_TRUE(gCurrentWorld->getMissingFileOfLastSave().isEmpty());
 }
+
+TEST_F(ShellWindows, HelpShowsItsPageCopiedOutInTheBrowserOrElseInAWindowOfItsOwn) {
+    const QByteArray path = qgetenv("PATH");
+    for (const bool browser : {true, false}) {
+        SCOPED_TRACE(browser ? "with a browser" : "without one");
+        const QString bin = dir.makeDir(browser ? QStringLiteral("with") : QStringLiteral("without"));
+        if (browser) dir.writeFile(QStringLiteral("with/xdg-open"), "#!/bin/sh\n");
+        QFile::setPermissions(bin + QStringLiteral("/xdg-open"), QFile::ReadOwner | QFile::ExeOwner);
+        qputenv("PATH", bin.toUtf8());
+        BrowserStandIn stand;
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &stand, "open");
+        const OSStatus status = myGotoHelpPage(QStringLiteral("CreatingAWorld.html"), QStringLiteral("groups"));
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        qputenv("PATH", path);
+        ASSERT_EQ(status, noErr);
+        QPointer<QTextBrowser> window;
+        for (QWidget* top : QApplication::topLevelWidgets()) {
+            if (auto* viewer = qobject_cast<QTextBrowser*>(top); viewer != nullptr && viewer->isVisible()) window = viewer;
+        }
+        if (browser) {
+            ASSERT_EQ(stand.opened.size(), 1);
+            EXPECT_EQ(stand.opened[0].fragment(), QStringLiteral("groups"));
+            EXPECT_EQ(stand.opened[0].toLocalFile(), QStandardPaths::writableLocation(QStandardPaths::CacheLocation) +
+                                                         QStringLiteral("/help/CreatingAWorld.html"));
+            EXPECT_TRUE(QFile::exists(stand.opened[0].toLocalFile()));
+            EXPECT_TRUE(window.isNull());
+        } else {
+            EXPECT_TRUE(stand.opened.isEmpty());
+            ASSERT_FALSE(window.isNull());
+            EXPECT_EQ(window->source().fileName(), QStringLiteral("CreatingAWorld.html"));
+            window->close();  // and gone, not kept hidden
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            EXPECT_TRUE(window.isNull());
+        }
+    }
+}
+
+#include "windows_test.moc"
