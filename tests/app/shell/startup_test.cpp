@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QAbstractButton>
 #include <QMessageBox>
 #include <functional>
@@ -185,6 +186,28 @@ TEST_F(StartUpAndOpen, EachFileDialogComesBackInItsOwnFolderInTheNextRun) {
         dispatchCommand(command);
         ASSERT_TRUE(waitForAnswers());
         EXPECT_EQ(shown, command == command::OPEN ? worlds : saved);
+    }
+
+    // A plain folder chosen in Open is entered, not taken; a remembered Save As folder that has
+    // gone gives way to the person's own worlds folder.
+    const QString inner = dir.makeDir(QStringLiteral("worlds/Inner"));
+    ASSERT_TRUE(QDir(saved).removeRecursively());
+    for (CommandID command : {command::OPEN, command::SAVE_AS}) {
+        QString shown;
+        answerNextModal([&shown, command](QWidget* modal) {
+            auto* dialog = qobject_cast<QFileDialog*>(modal);
+            ASSERT_NE(dialog, nullptr);
+            if (command == command::OPEN) {
+                dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QStringLiteral("Inner"));
+                QMetaObject::invokeMethod(dialog, "accept");
+                EXPECT_TRUE(dialog->isVisible());
+            }
+            shown = dialog->directory().absolutePath();
+            dialog->reject();
+        });
+        dispatchCommand(command);
+        ASSERT_TRUE(waitForAnswers());
+        EXPECT_EQ(shown, command == command::OPEN ? inner : userWorldsFolder());
     }
 }
 

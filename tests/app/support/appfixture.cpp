@@ -162,6 +162,7 @@ AppTest::AppTest() {
     qputenv("XDG_CONFIG_HOME", config.toUtf8());
     qputenv("XDG_CACHE_HOME", dir.makeDir(QStringLiteral("cache")).toUtf8());
     qputenv("XDG_STATE_HOME", dir.makeDir(QStringLiteral("state")).toUtf8());
+    qputenv("XDG_DATA_HOME", dir.makeDir(QStringLiteral("data")).toUtf8());  // the person's worlds folder
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, config);
     startApp();
 }
