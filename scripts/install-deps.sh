@@ -10,7 +10,7 @@ packages=(
   libavformat-dev libavcodec-dev libavutil-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   pulseaudio pulseaudio-utils sox
-  xvfb xauth xdotool dbus libcanberra-dev libqt6svg6
+  xvfb xauth xdotool x11-utils dbus libcanberra-dev libqt6svg6
   clang-14 libclang-rt-14-dev
   file debootstrap ffmpeg desktop-file-utils appstream bash-completion
 )

@@ -1,7 +1,8 @@
 // The desktop application as a person's session runs it: the built sylvora on a private X server
 // (Xvfb) and a private PulseAudio server, with its own settings. It opens a world named on the
-// command line and is heard, a second launch hands its world over and exits, SIGTERM ends it with
-// the preferences written, and a launch without arguments plays the last world again.
+// command line and is heard, its window shows the icon, a second launch hands its world over and
+// exits, SIGTERM ends it with the preferences written, and a launch without arguments plays the
+// last world again.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -106,6 +107,22 @@ public:
         return app;
     }
 
+    // Whether a window of `app` gives the desktop the application's icon (task list, switcher).
+    bool showsTheIcon(const QProcess& app) const {
+        QProcess search;
+        search.setProcessEnvironment(environment);
+        search.start(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--pid"), QString::number(app.processId())});
+        search.waitForFinished(5000);
+        for (const QByteArray& id : search.readAllStandardOutput().split('\n')) {
+            QProcess property;
+            property.setProcessEnvironment(environment);
+            property.start(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::fromLatin1(id), QStringLiteral("_NET_WM_ICON")});
+            property.waitForFinished(5000);
+            if (!id.isEmpty() && property.readAllStandardOutput().contains("_NET_WM_ICON(CARDINAL) =")) return true;
+        }
+        return false;
+    }
+
     // Records the sink for `seconds` and returns the loudest second's level and pitch.
     std::pair<double, double> listen(double seconds) const {
         const QString file = temp.filePath(QStringLiteral("recording-%1.raw").arg(++recordings));
@@ -201,6 +218,7 @@ TEST(DesktopApplication, OpensIsHeardHandsOverQuitsOnSigtermOrSighupAndReopensTh
     auto [level, pitch] = session.listen(4.0);
     EXPECT_GT(level, 0.1) << "the world named on the command line is not heard";
     EXPECT_NEAR(pitch, 700.0, 5.0);
+    EXPECT_TRUE(session.showsTheIcon(*first));
 
     // A second launch hands its world over and leaves at once; the first plays it.
     const auto second = session.launch({QStringLiteral("High.sylvora")}, temp.path());  // made absolute
