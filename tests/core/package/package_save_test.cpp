@@ -209,7 +209,7 @@ TEST_F(PackageSave, SavingAPlayingWorldNeitherClicksNorFallsSilent) {
     double worstStep = 0.0;
     for (auto n = static_cast<std::size_t>(sampleRate / 10); n < x.size(); ++n)
         worstStep = std::max(worstStep, std::fabs(x[n] - twoCos * x[n - 1] + x[n - 2]));
-    EXPECT_LT(worstStep, 0.004 * AMPLITUDE);
+    EXPECT_LT(worstStep, 0.002 * AMPLITUDE);
 
     const auto period = static_cast<std::size_t>(sampleRate / FREQUENCY);
     std::size_t silentPeriods = 0;
