@@ -45,10 +45,11 @@ std::unique_ptr<PulseOutput> PulseOutput::open(Engine& engine, std::string& erro
 }
 
 std::unique_ptr<PulseOutput> PulseOutput::openHeld(Engine& engine, bool lowLatency, std::function<void()> lost,
-                                                   std::string& error) {
+                                                   const std::atomic<bool>& abandon, std::string& error) {
     std::unique_ptr<PulseOutput> output(new PulseOutput(engine));
     output->pulling_.store(false, std::memory_order_relaxed);
     output->lostListener_ = std::move(lost);
+    output->abandon_ = &abandon;
     if (!output->connect(lowLatency, error))
         return nullptr;
     return output;
@@ -75,6 +76,10 @@ bool PulseOutput::connect(bool lowLatency, std::string& error) {
         error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
         return false;
     }
+    connectDeadlineNs_ = monotonicNs() + static_cast<std::int64_t>(CONNECT_TIMEOUT_SECONDS * 1e9);
+    connectCheck_ = pa_context_rttime_new(
+        context_, pa_rtclock_now() + static_cast<pa_usec_t>(CONNECT_CHECK_SECONDS * PA_USEC_PER_SEC),
+        &PulseOutput::connectCheckDue, this);
     LoopLock lock(loop_);
     if (pa_threaded_mainloop_start(loop_) < 0) {
         error = "PulseAudio: the main loop does not start";
@@ -84,6 +89,8 @@ bool PulseOutput::connect(bool lowLatency, std::string& error) {
         const pa_context_state_t state = pa_context_get_state(context_);
         if (state == PA_CONTEXT_READY)
             break;
+        if (givenUp(error))
+            return false;
         if (!PA_CONTEXT_IS_GOOD(state)) {
             error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
             return false;
@@ -110,6 +117,8 @@ bool PulseOutput::connect(bool lowLatency, std::string& error) {
         return false;
     }
     while (pa_stream_get_state(stream_) != PA_STREAM_READY) {
+        if (givenUp(error))
+            return false;
         if (!PA_STREAM_IS_GOOD(pa_stream_get_state(stream_))) {
             error = std::string("PulseAudio: ") + pa_strerror(pa_context_errno(context_));
             return false;
@@ -119,8 +128,29 @@ bool PulseOutput::connect(bool lowLatency, std::string& error) {
     const char* server = pa_context_get_server(context_);
     description_ = std::string("PulseAudio") + (server ? std::string(" (") + server + ")" : std::string()) + ", " +
                    std::to_string(engine_.sampleRate()) + " Hz";
+    pa_threaded_mainloop_get_api(loop_)->time_free(connectCheck_);
+    connectCheck_ = nullptr;
     connected_ = true;
     return true;
+}
+
+bool PulseOutput::givenUp(std::string& error) const {
+    if (connectGivenUp_)
+        error = "PulseAudio: the sound server does not answer";
+    return connectGivenUp_;
+}
+
+void PulseOutput::connectCheckDue(pa_mainloop_api* /*api*/, pa_time_event* event, const struct timeval* /*when*/,
+                                  void* self) {
+    auto* output = static_cast<PulseOutput*>(self);
+    const bool abandoned = output->abandon_ != nullptr && output->abandon_->load(std::memory_order_acquire);
+    if (abandoned || monotonicNs() >= output->connectDeadlineNs_) {
+        output->connectGivenUp_ = true;
+        pa_threaded_mainloop_signal(output->loop_, 0);
+        return;
+    }
+    pa_context_rttime_restart(output->context_, event,
+                              pa_rtclock_now() + static_cast<pa_usec_t>(CONNECT_CHECK_SECONDS * PA_USEC_PER_SEC));
 }
 
 PulseOutput::~PulseOutput() {
@@ -134,6 +164,8 @@ PulseOutput::~PulseOutput() {
         pa_threaded_mainloop_get_api(loop_)->time_free(longReturn_);
     if (timingCheck_)
         pa_threaded_mainloop_get_api(loop_)->time_free(timingCheck_);
+    if (connectCheck_)
+        pa_threaded_mainloop_get_api(loop_)->time_free(connectCheck_);
     if (stream_) {
         pa_stream_disconnect(stream_);
         pa_stream_unref(stream_);

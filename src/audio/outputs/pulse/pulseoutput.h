@@ -47,6 +47,11 @@ class PulseOutput final : public AudioOutput, private OutputLink {
     static constexpr double LONG_RETURN_SECONDS = 3.0;
     static constexpr double TIMING_CHECK_SECONDS = 5.0;
     static constexpr double TIMING_SETTLE_SECONDS = 0.3;
+    // libpulse waits for a server's answer without end; a socket that takes the connection and
+    // never answers (a hung or half-started server) is given up after this long, and looked at
+    // every CONNECT_CHECK_SECONDS meanwhile for an owner that no longer wants the connection.
+    static constexpr double CONNECT_TIMEOUT_SECONDS = 3.0;
+    static constexpr double CONNECT_CHECK_SECONDS = 0.05;
 
     // Null with `error` filled when no sound server answers or it refuses the stream.
     static std::unique_ptr<PulseOutput> open(Engine& engine, std::string& error);
@@ -54,8 +59,9 @@ class PulseOutput final : public AudioOutput, private OutputLink {
     // not registered with the engine, and until pullEngine() the server's requests are answered
     // with silence, so the engine is never pulled by two outputs at once. `lost` is called [audio]
     // when the connection, once made, fails (the server went away); it must not call back in.
+    // `abandon` set (from any thread) ends a connection attempt early, as a failure.
     static std::unique_ptr<PulseOutput> openHeld(Engine& engine, bool lowLatency, std::function<void()> lost,
-                                                 std::string& error);
+                                                 const std::atomic<bool>& abandon, std::string& error);
     ~PulseOutput() override;
 
     bool start() override;  // [main]
@@ -100,6 +106,9 @@ class PulseOutput final : public AudioOutput, private OutputLink {
                                void* self);  // [audio]
     static void longReturnDue(pa_mainloop_api* api, pa_time_event* event, const struct timeval* when,
                               void* self);  // [audio]
+    static void connectCheckDue(pa_mainloop_api* api, pa_time_event* event, const struct timeval* when,
+                                void* self);  // [audio]
+    bool givenUp(std::string& error) const;  // under the loop's lock
 
     Engine& engine_;
     std::size_t heldBack_ = 0;             // bytes; under the loop's lock
@@ -108,6 +117,10 @@ class PulseOutput final : public AudioOutput, private OutputLink {
     pa_stream* stream_ = nullptr;
     pa_time_event* longReturn_ = nullptr;  // under the loop's lock
     pa_time_event* timingCheck_ = nullptr;  // under the loop's lock
+    pa_time_event* connectCheck_ = nullptr;  // while connecting; under the loop's lock
+    std::int64_t connectDeadlineNs_ = 0;     // set before the loop starts
+    const std::atomic<bool>* abandon_ = nullptr;
+    bool connectGivenUp_ = false;            // under the loop's lock
     bool shortBuffer_ = false;             // under the loop's lock
     bool started_ = false;                 // written by the main thread under the loop's lock
     std::int64_t corkedNs_ = 0;            // what the queue holds while corked; under the loop's lock

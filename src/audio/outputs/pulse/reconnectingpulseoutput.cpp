@@ -1,7 +1,12 @@
 #include "audio/outputs/pulse/reconnectingpulseoutput.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <algorithm>
-#include <chrono>
+#include <cmath>
+#include <cstdint>
 
 #include "audio/outputs/null/nulloutput.h"
 #include "audio/outputs/pulse/pulseoutput.h"
@@ -9,7 +14,7 @@
 namespace sylvora::audio {
 
 ReconnectingPulseOutput::ReconnectingPulseOutput(Engine& engine)
-    : engine_(engine), pacer_(std::make_unique<NullOutput>(engine)) {
+    : engine_(engine), pacer_(std::make_unique<NullOutput>(engine)), wakeFd_(::eventfd(0, EFD_CLOEXEC)) {
     lowLatency_.store(engine.lowLatencyWanted(), std::memory_order_relaxed);
     engine_.setOutputLink(this);
 }
@@ -33,19 +38,19 @@ std::unique_ptr<ReconnectingPulseOutput> ReconnectingPulseOutput::waitForServer(
 ReconnectingPulseOutput::~ReconnectingPulseOutput() {
     stop();
     engine_.setOutputLink(nullptr);
+    if (wakeFd_ >= 0)
+        ::close(wakeFd_);
 }
 
 std::unique_ptr<PulseOutput> ReconnectingPulseOutput::connect(std::string& error) {
-    return PulseOutput::openHeld(engine_, lowLatency_.load(std::memory_order_relaxed), [this] { serverLost(); }, error);
+    return PulseOutput::openHeld(engine_, lowLatency_.load(std::memory_order_relaxed), [this] { serverLost(); }, stopping_,
+                                 error);
 }
 
 bool ReconnectingPulseOutput::start() {
     if (supervisor_.joinable())
         return true;
-    {
-        const std::lock_guard<std::mutex> lock(wakeMutex_);
-        stopping_ = false;
-    }
+    stopping_.store(false, std::memory_order_release);
     if (pulse_ && !pulse_->start()) {
         const std::lock_guard<std::mutex> lock(outputMutex_);
         pulse_.reset();
@@ -62,11 +67,10 @@ bool ReconnectingPulseOutput::start() {
 void ReconnectingPulseOutput::stop() {
     if (!supervisor_.joinable())
         return;
-    {
-        const std::lock_guard<std::mutex> lock(wakeMutex_);
-        stopping_ = true;
-    }
-    wake_.notify_all();
+    // Also ends a connection attempt in progress: a server that takes the connection and never
+    // answers does not hold up a quit.
+    stopping_.store(true, std::memory_order_release);
+    wakeSupervisor();
     supervisor_.join();
     if (pulse_)
         pulse_->stop();
@@ -94,11 +98,22 @@ double ReconnectingPulseOutput::queuedSeconds() const {
 }
 
 void ReconnectingPulseOutput::serverLost() {
-    {
-        const std::lock_guard<std::mutex> lock(wakeMutex_);
-        lostSeen_ = true;
+    lostSeen_.store(true, std::memory_order_release);
+    wakeSupervisor();
+}
+
+void ReconnectingPulseOutput::wakeSupervisor() {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(wakeFd_, &one, sizeof one);
+}
+
+void ReconnectingPulseOutput::sleep(double seconds) {
+    pollfd wake{wakeFd_, POLLIN, 0};
+    const int ms = seconds < 0.0 ? -1 : static_cast<int>(std::ceil(seconds * 1000.0));
+    if (::poll(&wake, 1, ms) > 0) {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const ssize_t read = ::read(wakeFd_, &count, sizeof count);
     }
-    wake_.notify_all();
 }
 
 void ReconnectingPulseOutput::setWaiting(bool waiting) {
@@ -109,14 +124,13 @@ void ReconnectingPulseOutput::setWaiting(bool waiting) {
 void ReconnectingPulseOutput::supervise() {
     double retryIn = RETRY_FIRST_SECONDS;
     for (;;) {
-        std::unique_lock<std::mutex> lock(wakeMutex_);
         if (!paced_) {
             // Playing through the server: sleep until it goes away.
-            wake_.wait(lock, [this] { return stopping_ || lostSeen_; });
-            if (stopping_)
+            while (!stopping_.load(std::memory_order_acquire) && !lostSeen_.load(std::memory_order_acquire))
+                sleep(-1.0);
+            if (stopping_.load(std::memory_order_acquire))
                 return;
-            lostSeen_ = false;
-            lock.unlock();
+            lostSeen_.store(false, std::memory_order_relaxed);
             // A connection that failed before it took over was seen losing too.
             if (!pulse_->lost())
                 continue;
@@ -133,9 +147,9 @@ void ReconnectingPulseOutput::supervise() {
             setWaiting(true);
             continue;
         }
-        if (wake_.wait_for(lock, std::chrono::duration<double>(retryIn), [this] { return stopping_; }))
+        sleep(retryIn);
+        if (stopping_.load(std::memory_order_acquire))
             return;
-        lock.unlock();
         std::string error;
         std::unique_ptr<PulseOutput> fresh = connect(error);
         if (!fresh) {

@@ -15,7 +15,6 @@
 // all [main]. The supervisor runs between start() and stop().
 
 #include <atomic>
-#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -56,6 +55,9 @@ class ReconnectingPulseOutput final : public AudioOutput, private OutputLink {
     void supervise();                                           // [supervisor]
     void serverLost();                                          // [audio] of the lost connection
     void setWaiting(bool waiting);                              // [supervisor]
+    void wakeSupervisor();                                      // [any]
+    // [supervisor] Until woken or `seconds` have passed (negative: until woken).
+    void sleep(double seconds);
 
     Engine& engine_;
     std::unique_ptr<NullOutput> pacer_;
@@ -70,11 +72,11 @@ class ReconnectingPulseOutput final : public AudioOutput, private OutputLink {
     std::unique_ptr<PulseOutput> pulse_;
     bool paced_ = false;  // the pacer pulls; [main] before start() and after stop(), else [supervisor]
 
-    // What wakes the supervisor: a lost connection or stop().
-    std::mutex wakeMutex_;
-    std::condition_variable wake_;
-    bool lostSeen_ = false;   // under wakeMutex_
-    bool stopping_ = false;   // under wakeMutex_
+    // What wakes the supervisor: a lost connection or stop(), each setting its flag and then
+    // counting up an eventfd, so that libpulse's loop thread (which also renders) never takes a lock.
+    int wakeFd_ = -1;
+    std::atomic<bool> lostSeen_{false};  // set by a connection's loop thread, cleared by the supervisor
+    std::atomic<bool> stopping_{false};  // written by the main thread; also ends a connection attempt
 };
 
 }  // namespace sylvora::audio
