@@ -4,6 +4,7 @@
 #include <QTimer>
 
 #include "app/desktop/sleeptimermenu.h"
+#include "app/info/controlstrip.h"
 #include "app/shell/applicationevents.h"
 #include "app/shell/commanddispatch.h"
 #include "app/shell/globals.h"
@@ -51,6 +52,9 @@ void TrayIcon::refresh() {
     QString tip = name.isEmpty() ? QApplication::applicationDisplayName()
                                  : QStringLiteral("%1 — %2").arg(QApplication::applicationDisplayName(), name);
     if (soundServerMissing()) tip += QLatin1Char('\n') + tr("No sound server — waiting");
+    if (const QString unreadable = ControlStrip::unreadableText(); !unreadable.isEmpty()) {
+        tip += QLatin1Char('\n') + unreadable;
+    }
     if (const SleepTimerMenu* sleep = SleepTimerMenu::instance(); sleep && !sleep->statusText().isEmpty()) {
         tip += QLatin1Char('\n') + sleep->statusText();
     }

@@ -1,5 +1,6 @@
 #include "app/info/controlstrip.h"
 
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -71,8 +72,17 @@ QString ControlStrip::stateText() {
     if (soundServerMissing()) return tr("No sound server — waiting");
     if (gCurrentWorld == nullptr || !gCurrentWorld->isPlaying()) return tr("Paused");
     const SleepTimerMenu* sleep = SleepTimerMenu::instance();
-    if (sleep != nullptr && sleep->timer().isActive()) return tr("Sleeping in %1").arg(minutesLeft(sleep->timer()));
-    return tr("Playing");
+    const QString state = sleep != nullptr && sleep->timer().isActive() ? tr("Sleeping in %1").arg(minutesLeft(sleep->timer()))
+                                                                        : tr("Playing");
+    const QString unreadable = unreadableText();
+    return unreadable.isEmpty() ? state : state + QStringLiteral(" — ") + unreadable;
+}
+
+QString ControlStrip::unreadableText() {
+    if (gCurrentWorld == nullptr) return {};
+    QStringList names;
+    for (const QString& file : gCurrentWorld->getUnreadableLoopSounds()) names << QFileInfo(file).completeBaseName();
+    return names.isEmpty() ? QString() : tr("cannot read: %1").arg(names.join(QStringLiteral(", ")));
 }
 
 void ControlStrip::refresh() {

@@ -28,8 +28,11 @@ public:
     QToolButton* sleepButton() const { return sleep_; }
     QLabel* stateLabel() const { return state_; }
 
-    // "Playing", "Paused" or "Sleeping in 12 min"; "No sound server — waiting" while there is none.
+    // "Playing", "Paused" or "Sleeping in 12 min"; "No sound server — waiting" while there is none;
+    // while playing, followed by unreadableText() when a loop sound sits out.
     static QString stateText();
+    // "cannot read: rain, creek": the loop sounds whose files could not be read; empty when none.
+    static QString unreadableText();
     // [main] Shows the world's state, the master volume and the time the sleep timer has left.
     void refresh();
 

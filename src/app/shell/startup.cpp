@@ -146,6 +146,10 @@ void startUp(const StartUpOptions& options) {
 
     gPrefs = new Preferences();
     gCurrentWorld = new World(*gRuntime->engine, *gRuntime->eventLoop);
+    gCurrentWorld->setUnreadableLoopSoundsListener([context = &gRuntime->connections] {
+        // Told in the middle of the world's timer; the strip and the tray read the world after it.
+        QMetaObject::invokeMethod(context, [] { ShellEvents::instance().notifyStateChanged(); }, Qt::QueuedConnection);
+    });
     // Before the windows: the Get Info window's strip offers the timer's menu.
     gRuntime->sleepTimer = std::make_unique<SleepTimerMenu>(*gCurrentWorld);
     gWorldEditorWindow = new WorldEditorWindow();

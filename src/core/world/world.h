@@ -242,6 +242,8 @@ public:
 
     // The loop sounds left out of the rotation because their files could not be read, by file name.
     QStringList getUnreadableLoopSounds();
+    // [main] Called, from the world's timer, whenever a loop sound is left out or comes back.
+    void setUnreadableLoopSoundsListener(std::function<void()> listener) { unreadableListener = std::move(listener); }
     // Seconds between looks at the files of unreadable loop sounds while no loop sound plays.
     static constexpr double UNREADABLE_RECHECK_SECONDS = 2.0;
 
@@ -291,6 +293,7 @@ private:
     EventLoop& eventLoop;
     std::function<void()> previewStopper;
     std::function<bool()> saveCanceller;
+    std::function<void()> unreadableListener;
 
     // Helpers shared by the concerns' source files.
     LoopSound* findLoopSound(SoundID id);

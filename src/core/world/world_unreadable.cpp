@@ -39,6 +39,9 @@ void World::markLoopSoundUnreadable(SoundID id) {
     }
     sound->unreadable = true;
     sound->unreadableFile = stampLoopSoundFile(*sound);
+    if (unreadableListener) {
+        unreadableListener();
+    }
 }
 
 // [main] The instances of a revived sound were measured from the old file: each one that waits
@@ -74,6 +77,9 @@ bool World::reviveChangedLoopSounds() {
             entry.duration = timeScale > 0 ? static_cast<double>(entry.movie->duration()) / timeScale : 0.0;
         }
         revived = revived || !sound.unreadable;
+    }
+    if (revived && unreadableListener) {
+        unreadableListener();
     }
     return revived;
 }

@@ -4,6 +4,8 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
+#include <QDirIterator>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -151,4 +153,24 @@ TEST_F(ControlStripTest, SleepTimerShowsItsTimeAndItsEndLeavesAPausedWorldThatPl
     EXPECT_TRUE(gCurrentWorld->isPlaying());
     EXPECT_NEAR(gCurrentWorld->getVolume(), 5.0 / 7.0, 1e-9);
     EXPECT_EQ(strip().volumeSlider()->value(), 71);
+}
+
+TEST_F(ControlStripTest, ALoopSoundWhoseFileBreaksIsNamedUntilItIsMended) {
+    // Long enough to be streamed, so that each play reads the file again.
+    const QString package = makeWorldPackage(QStringLiteral("Creek"), {}, 3.5);
+    ASSERT_EQ(doOpenDocsEvent({package}), noErr);
+    ASSERT_TRUE(gCurrentWorld->isPlaying());
+    QDirIterator files(package, {QStringLiteral("loop.wav")}, QDir::Files, QDirIterator::Subdirectories);
+    ASSERT_TRUE(files.hasNext());
+    const QString loop = files.next();
+    const QString kept = loop + QStringLiteral(".kept");
+    ASSERT_TRUE(QFile::rename(loop, kept));
+
+    const auto stripSays = [](const QString& text) { return strip().stateLabel()->text() == text; };
+    EXPECT_TRUE(processEventsUntil([&] { return stripSays(QStringLiteral("Playing — cannot read: loop")); }, 15000))
+        << strip().stateLabel()->text().toStdString();
+    EXPECT_EQ(ControlStrip::unreadableText(), QStringLiteral("cannot read: loop")) << "what the tray's tooltip adds";
+    ASSERT_TRUE(QFile::rename(kept, loop));
+    EXPECT_TRUE(processEventsUntil([&] { return stripSays(QStringLiteral("Playing")); }, 15000))
+        << strip().stateLabel()->text().toStdString();
 }

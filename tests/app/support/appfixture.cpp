@@ -188,14 +188,14 @@ void AppTest::shutDownApp(bool endedFromOutside) {
 
 QString AppTest::settingsFile() const { return dir.filePath(QStringLiteral("config/Sylvora/Sylvora.ini")); }
 
-QString AppTest::makeWorldPackage(const QString& name, const QString& folder) {
+QString AppTest::makeWorldPackage(const QString& name, const QString& folder, double loopSeconds) {
     const QString parent = folder.isEmpty() ? dir.path() : folder;
     // Made as another program would: the running application's known worlds do not hear of it.
     Preferences* const running = gPrefs;
     gPrefs = nullptr;
     WorldFixture maker;
     maker.world.setName(name);
-    EXPECT_NE(maker.addLoop(maker.writeSound(QStringLiteral("loop.wav"), 0.5)), 0u);
+    EXPECT_NE(maker.addLoop(maker.writeSound(QStringLiteral("loop.wav"), loopSeconds)), 0u);
     const QString packageName = name + QStringLiteral(".sylvora");
     EXPECT_EQ(maker.world.doSaveAs(refOf(parent), packageName), 0);
     gPrefs = running;

@@ -50,7 +50,7 @@ protected:
 
     // A world package `name`.sylvora in `folder` (the temporary folder by default), written by
     // World::doSaveAs from a world named `name` with one short loop sound. Returns its path.
-    QString makeWorldPackage(const QString& name, const QString& folder = {});
+    QString makeWorldPackage(const QString& name, const QString& folder = {}, double loopSeconds = 0.5);
 
     TempDir dir;
 

@@ -781,6 +781,10 @@ sonst die Welt, die lief, als Sylvora zuletzt beendet wurde.
         <source>No sound server — waiting</source>
         <translation>Kein Soundserver – wartet</translation>
     </message>
+    <message>
+        <source>cannot read: %1</source>
+        <translation>nicht lesbar: %1</translation>
+    </message>
 </context>
 <context>
     <name>sylvora::app::MixerModel</name>
