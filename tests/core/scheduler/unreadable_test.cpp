@@ -99,5 +99,27 @@ TEST(UnreadableLoopSound, SitsOutAfterOneFailedPlayUntilItsFileChanges) {
     }
 }
 
+TEST(UnreadableLoopSound, AFullPoolLeavesTheReadableSoundsInTheRotation) {
+    WorldFixture w(5);
+    w.world.setLoopSoundsCrossFadeDuration(0);
+    const SoundID steady = w.addLoop(w.writeSound(QStringLiteral("Loop Sounds/steady.wav"), 0.5));
+    const QString fragile = w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 4.0, 660.0);
+    const SoundID broken = w.addLoop(fragile);
+    // Every other place in the pool goes to the broken sound, so "steady" never has a second
+    // instance for the turn after its own: the pool, not its file, says no.
+    while (w.world.getNumMovies() < World::MAX_MOVIES) ASSERT_EQ(w.world.loadSoundFileIntoMovieList(true, broken), noErr);
+    breakFile(fragile, Break::Deleted);
+    w.world.start();
+    w.runSeconds(20.0);
+    ASSERT_EQ(w.world.getUnreadableLoopSounds(), QStringList{QStringLiteral("fragile.wav")});
+    // Started again, the chain's first two turns both draw "steady", and the second finds the pool full.
+    w.world.stop();
+    w.world.start();
+    w.runSeconds(5.0);
+    EXPECT_EQ(w.world.getUnreadableLoopSounds(), QStringList{QStringLiteral("fragile.wav")});
+    EXPECT_EQ(w.entriesOf(steady).size(), 1u);
+    EXPECT_GT(w.play(1.0), 0.2f) << "steady still plays";
+}
+
 }  // namespace
 }  // namespace sylvora::test
