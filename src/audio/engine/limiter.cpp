@@ -10,6 +10,7 @@ Limiter::Limiter(int sampleRate)
     : lookahead_(std::max<std::size_t>(1, static_cast<std::size_t>(std::lround(sampleRate * LOOKAHEAD_SECONDS)))),
       releaseCoefficient_(1.0 - std::exp(-1.0 / (RELEASE_SECONDS * std::max(1, sampleRate)))),
       delay_(2 * lookahead_, 0.0f),
+      spare_(2 * lookahead_, 0.0f),
       queueGain_(lookahead_ + 2, 1.0),
       queueFrame_(lookahead_ + 2, 0),
       box_(lookahead_, 1.0),
@@ -44,11 +45,11 @@ double Limiter::windowMinimum(double wanted) noexcept {
 void Limiter::process(float* interleaved, std::size_t frames) noexcept {
     // While nothing in the window wants the gain lowered and the block stays under the ceiling,
     // the limiter is a plain delay: the usual case, and the cheap one.
-    float blockPeak = 0.0f;
+    // Counted rather than compared into a running maximum, so that the scan vectorises.
+    int over = 0;
     for (std::size_t i = 0; i < 2 * frames; ++i)
-        blockPeak = std::max(blockPeak, std::fabs(interleaved[i]));
-    if (blockPeak <= CEILING && gain_ == 1.0 && boxBelow_ == 0 && queueSize_ == 1 &&
-        queueGain_[queueHead_] == 1.0) {
+        over |= std::fabs(interleaved[i]) > static_cast<float>(CEILING) ? 1 : 0;
+    if (over == 0 && gain_ == 1.0 && boxBelow_ == 0 && queueSize_ == 1 && queueGain_[queueHead_] == 1.0) {
         delayOnly(interleaved, frames);
         return;
     }
@@ -82,12 +83,25 @@ void Limiter::process(float* interleaved, std::size_t frames) noexcept {
 }
 
 void Limiter::delayOnly(float* interleaved, std::size_t frames) noexcept {
-    for (std::size_t i = 0; i < frames; ++i) {
-        float* sample = interleaved + 2 * i;
-        float* delayed = delay_.data() + 2 * delayAt_;
-        std::swap(sample[0], delayed[0]);
-        std::swap(sample[1], delayed[1]);
-        delayAt_ = delayAt_ + 1 == lookahead_ ? 0 : delayAt_ + 1;
+    if (frames < lookahead_) {
+        for (std::size_t i = 0; i < frames; ++i) {
+            float* sample = interleaved + 2 * i;
+            float* delayed = delay_.data() + 2 * delayAt_;
+            std::swap(sample[0], delayed[0]);
+            std::swap(sample[1], delayed[1]);
+            delayAt_ = delayAt_ + 1 == lookahead_ ? 0 : delayAt_ + 1;
+        }
+    } else {
+        // A block at least as long as the delay: the block's tail becomes the delay line and
+        // everything else moves up, in three copies rather than a swap per frame.
+        const std::size_t held = 2 * lookahead_;
+        const std::size_t oldest = 2 * delayAt_;
+        std::copy_n(interleaved + 2 * frames - held, held, spare_.data());
+        std::copy_backward(interleaved, interleaved + 2 * frames - held, interleaved + 2 * frames);
+        std::copy(delay_.begin() + static_cast<std::ptrdiff_t>(oldest), delay_.end(), interleaved);
+        std::copy_n(delay_.begin(), oldest, interleaved + held - oldest);
+        delay_.swap(spare_);
+        delayAt_ = 0;
     }
     // Every frame wanted a gain of 1: the window's queue keeps only the newest.
     frame_ += frames;

@@ -36,6 +36,7 @@ private:
     std::size_t lookahead_;
     double releaseCoefficient_;
     std::vector<float> delay_;  // lookahead_ frames of interleaved stereo
+    std::vector<float> spare_;  // the next delay line, filled by a long block
     std::size_t delayAt_ = 0;
     // Monotonic queue of (frame, wanted gain) whose front is the window's minimum.
     std::vector<double> queueGain_;

@@ -12,12 +12,8 @@ constexpr std::size_t CHUNK_FRAMES = 2048;
 
 // More than two channels: even channels to the left, odd ones to the right, each side averaged,
 // which keeps a centre-heavy mix balanced and never clips what the source did not.
-void fold(const float* in, int inChannels, float* out, int outChannels, std::size_t frames) {
+void fold(const float* in, int inChannels, float* out, std::size_t frames) {
     const auto ic = static_cast<std::size_t>(inChannels);
-    if (inChannels == outChannels) {
-        std::memcpy(out, in, frames * ic * sizeof(float));
-        return;
-    }
     const float leftScale = 1.0f / static_cast<float>((inChannels + 1) / 2);
     const float rightScale = 1.0f / static_cast<float>(inChannels / 2);
     for (std::size_t i = 0; i < frames; ++i) {
@@ -42,7 +38,8 @@ SourceReader::SourceReader(std::unique_ptr<Decoder> decoder, std::int64_t source
     format_ = decoder_->format();
     channels_ = outputChannels(format_.channels);
     total_ = engineFrames(sourceFrames, format_.sampleRate, engineRate);
-    raw_.resize(CHUNK_FRAMES * static_cast<std::size_t>(format_.channels));
+    if (format_.channels != channels_)
+        raw_.resize(CHUNK_FRAMES * static_cast<std::size_t>(format_.channels));
     folded_.resize(CHUNK_FRAMES * static_cast<std::size_t>(channels_));
     if (format_.sampleRate != engineRate)
         resampler_ = std::make_unique<Resampler>(format_.sampleRate, engineRate, channels_);
@@ -72,12 +69,15 @@ bool SourceReader::seek(std::int64_t frame) {
 }
 
 bool SourceReader::refill() {
-    const std::size_t got = decoder_->read(raw_.data(), CHUNK_FRAMES);
+    // A source of the engine's channel count is decoded straight where it is read from.
+    const bool folds = format_.channels != channels_;
+    const std::size_t got = decoder_->read(folds ? raw_.data() : folded_.data(), CHUNK_FRAMES);
     if (got == 0) {
         sourceEnded_ = true;
         return false;
     }
-    fold(raw_.data(), format_.channels, folded_.data(), channels_, got);
+    if (folds)
+        fold(raw_.data(), format_.channels, folded_.data(), got);
     foldedFrames_ = got;
     foldedOffset_ = 0;
     return true;

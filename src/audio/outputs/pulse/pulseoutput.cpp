@@ -64,6 +64,7 @@ bool PulseOutput::connect(bool lowLatency, std::string& error) {
     pa_proplist* props = pa_proplist_new();
     pa_proplist_sets(props, PA_PROP_APPLICATION_NAME, "Sylvora");
     pa_proplist_sets(props, PA_PROP_APPLICATION_ID, "org.sylvora.Sylvora");
+    pa_proplist_sets(props, "context.force.disable.shm", "true");
     context_ = pa_context_new_with_proplist(pa_threaded_mainloop_get_api(loop_), "Sylvora", props);
     pa_proplist_free(props);
     if (!context_) {
@@ -330,7 +331,7 @@ void PulseOutput::writeRequested(pa_stream* stream, std::size_t writable, void* 
     std::size_t bytes = writable - output->heldBack_;
     std::size_t written = 0;
     while (bytes >= FRAME_BYTES) {
-        // Rendered straight into the server's shared memory: no copy of our own.
+        // Rendered straight into the block that is sent: no copy of our own.
         void* data = nullptr;
         std::size_t span = bytes;
         if (pa_stream_begin_write(stream, &data, &span) < 0 || !data)

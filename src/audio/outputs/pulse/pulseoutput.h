@@ -7,8 +7,10 @@
 // Latency follows the need. A change is heard after what is queued, and the process wakes once
 // per request of the server. While a world just plays, the queue is at most LONG_BUFFER_SECONDS,
 // within the quarter second a person notices, and each request takes LONG_REQUEST_SECONDS, so
-// the server asks about six times a second and the thread wakes about twelve (twice per request:
-// the server also hands back each block of shared memory once played). While the app asks for low latency
+// the server asks about six times a second and the thread wakes as often. (Blocks go through the
+// socket, not shared memory: with shared memory the server hands back each block once played,
+// which wakes the thread a second time per request and costs more than the copy it saves.)
+// While the app asks for low latency
 // (Engine::setLowLatency), the queue is at most SHORT_BUFFER_SECONDS; when it stops asking, the
 // long buffer returns LONG_RETURN_SECONDS later, so that closing and reopening a window does not
 // make the next change wait a long buffer.
