@@ -5,6 +5,7 @@
 #include <QSettings>
 #include <vector>
 
+#include "core/prefs/knownworldsearches.h"
 #include "core/prefs/knownworldsmenu.h"
 #include "core/prefs/preferences.h"
 #include "support/tempdir.h"
@@ -238,6 +239,27 @@ TEST_F(PreferencesTest, MovedPackagesAreFoundInTheBackgroundAndWhatWasFoundIsSav
     EXPECT_EQ(loaded.getIndKnownWorldAlias(1)->recordedPath(), archive + QStringLiteral("/Moved.sylvora"));
     EXPECT_TRUE(loaded.isAKnownWorld(test::refOf(dir.filePath(QStringLiteral("Kept.sylvora")))));
     EXPECT_TRUE(loaded.isAKnownWorld(test::refOf(archive + QStringLiteral("/Moved.sylvora"))));
+}
+
+// A batch is busy from its start until its findings are taken; a batch started meanwhile is
+// ignored, so that a menu shown again never waits for the search before it.
+TEST_F(PreferencesTest, ASearchIsBusyFromItsStartUntilWhatItFoundIsTaken) {
+    KnownWorldSearches searches;
+    std::vector<KnownWorldSearches::Request> first;
+    first.push_back({1, package(QStringLiteral("Moved.sylvora"))});
+    ASSERT_TRUE(QDir().rename(dir.filePath(QStringLiteral("Moved.sylvora")), dir.makeDir(QStringLiteral("Archive")) + "/Moved.sylvora"));
+    std::vector<KnownWorldSearches::Request> second;
+    second.push_back({2, package(QStringLiteral("Kept.sylvora"))});
+    searches.start(std::move(first));
+    EXPECT_TRUE(searches.busy());
+    searches.start(std::move(second));
+    searches.waitUntilFinished();
+    EXPECT_TRUE(searches.busy());
+    const auto findings = searches.takeFindings();
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].id, 1u);
+    EXPECT_EQ(findings[0].outcome, KnownWorldSearches::Outcome::found);
+    EXPECT_FALSE(searches.busy());
 }
 
 TEST_F(PreferencesTest, SearchStopsAtTheFirstRecordThatDoesNotResolve) {
