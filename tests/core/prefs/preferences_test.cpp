@@ -361,14 +361,14 @@ TEST_F(PreferencesTest, AFileHoldingSerializedValuesIsSetAsideWhole) {
     EXPECT_EQ(names(named), (std::vector<QString>{QStringLiteral("@Variant(Rain)"), nulNamed}));
     EXPECT_FALSE(QFile::exists(settingsFile() + QStringLiteral(".damaged")));
 
-    // A QString of four gigabytes announced, then nothing: with a plain "@", an escaped one, one
-    // whose escape runs on past its first digits, one split by an escape that reads as nothing, in
-    // quotes, split by a closing quote and spaces, as a list's element, over a continued line (with
-    // either line ending), and with a letter escaped in upper- or lower-case hexadecimal.
+    // A QString of four gigabytes announced, then nothing: with a plain "@", after blanks, an escaped
+    // one, one whose escape runs on past its first digits, one split by an escape that reads as
+    // nothing, in quotes, split by a closing quote and spaces, as a list's element, over a continued
+    // line (with either line ending), and with a letter escaped in upper- or lower-case hexadecimal.
     const QByteArray announced = R"((\0\0\0\n\0\xff\xff\xff\xf0))";
     for (const QByteArray& value :
-         {"@Variant" + announced, "\\x40Variant" + announced, "\\0000100Variant" + announced, "@\\qVariant" + announced,
-          "\"@Variant" + announced + '"', "\"@\"  Variant" + announced, "x, @Variant" + announced,
+         {"@Variant" + announced, " \t@Variant" + announced, "\\x40Variant" + announced, "\\0000100Variant" + announced,
+          "@\\qVariant" + announced, "\"@Variant" + announced + '"', "\"@\"  Variant" + announced, "x, @Variant" + announced,
           "@Vari\\\nant" + announced, "@Vari\\\n\rant" + announced, "@Vari\\\r\nant" + announced,
           "@Varia\\x6Et" + announced, "@Varia\\x6et" + announced}) {
         SCOPED_TRACE(value.toStdString());
