@@ -396,6 +396,14 @@ TEST_F(PreferencesTest, AFileHoldingSerializedValuesIsSetAsideWhole) {
         reloaded.loadPreferences();
         EXPECT_EQ(reloaded.getMasterVolume(), 0.5);
     }
+    // Under an empty key on the file's very first line, which QSettings reads all the same.
+    QFile file(settingsFile());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write("=@Variant" + announced + "\n");
+    file.close();
+    Preferences prefs(settingsFile());
+    prefs.loadPreferences();
+    EXPECT_FALSE(QFile::exists(settingsFile()));
 }
 
 }  // namespace
