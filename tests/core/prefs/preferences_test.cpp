@@ -396,14 +396,18 @@ TEST_F(PreferencesTest, AFileHoldingSerializedValuesIsSetAsideWhole) {
         reloaded.loadPreferences();
         EXPECT_EQ(reloaded.getMasterVolume(), 0.5);
     }
-    // Under an empty key on the file's very first line, which QSettings reads all the same.
-    QFile file(settingsFile());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write("=@Variant" + announced + "\n");
-    file.close();
-    Preferences prefs(settingsFile());
-    prefs.loadPreferences();
-    EXPECT_FALSE(QFile::exists(settingsFile()));
+    // Under an empty key on the file's very first line, which QSettings reads all the same; but not
+    // in a comment, which it does not read.
+    for (const bool comment : {false, true}) {
+        QFile file(settingsFile());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write((comment ? "Master%20Volume=0.25 ;@Variant" : "=@Variant") + announced + "\n");
+        file.close();
+        Preferences prefs(settingsFile());
+        prefs.loadPreferences();
+        EXPECT_EQ(QFile::exists(settingsFile()), comment);
+        EXPECT_EQ(prefs.getMasterVolume(), comment ? 0.25 : 1.0);
+    }
 }
 
 }  // namespace
