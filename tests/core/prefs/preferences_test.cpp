@@ -397,16 +397,23 @@ TEST_F(PreferencesTest, AFileHoldingSerializedValuesIsSetAsideWhole) {
         EXPECT_EQ(reloaded.getMasterVolume(), 0.5);
     }
     // Under an empty key on the file's very first line, which QSettings reads all the same; but not
-    // in a comment, which it does not read.
-    for (const bool comment : {false, true}) {
+    // in a comment, which it does not read, nor with a blank inside, which makes it plain text.
+    struct Case {
+        QByteArray line;
+        bool kept;
+        double volume;
+    };
+    for (const Case& c : {Case{"=@Variant", false, 1.0}, Case{"Master%20Volume=0.25 ;@Variant", true, 0.25},
+                          Case{"Master%20Volume=@ Variant", true, 1.0}}) {
+        SCOPED_TRACE(c.line.toStdString());
         QFile file(settingsFile());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write((comment ? "Master%20Volume=0.25 ;@Variant" : "=@Variant") + announced + "\n");
+        file.write(c.line + announced + "\n");
         file.close();
         Preferences prefs(settingsFile());
         prefs.loadPreferences();
-        EXPECT_EQ(QFile::exists(settingsFile()), comment);
-        EXPECT_EQ(prefs.getMasterVolume(), comment ? 0.25 : 1.0);
+        EXPECT_EQ(QFile::exists(settingsFile()), c.kept);
+        EXPECT_EQ(prefs.getMasterVolume(), c.volume);
     }
 }
 
