@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Takes the screenshots the AppStream metainfo shows (data/screenshots/) from the built application
-# under a private Xvfb, with empty settings and no sound device, so anyone can take them again
-# after the windows change.
+# under a private Xvfb and a private PulseAudio with a null sink (so the strip says what a listener
+# sees, "Playing"), with empty settings, so anyone can take them again after the windows change.
 # Usage: scripts/take-screenshots.sh [BUILD_DIR]   (needs Xvfb, xdotool and ffmpeg)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -23,16 +23,27 @@ cleanup() {
 }
 trap cleanup EXIT
 export DISPLAY=$display HOME=$scratch XDG_CONFIG_HOME=$scratch/config XDG_DATA_HOME=$scratch/data
-export XDG_RUNTIME_DIR=$scratch QT_QPA_PLATFORM=xcb PULSE_SERVER=unix:$scratch/no-sound
-for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && break; sleep 0.1; done
+export XDG_RUNTIME_DIR=$scratch QT_QPA_PLATFORM=xcb PULSE_SERVER=unix:$scratch/pulse-native
+pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=false --system=false \
+  --load="module-null-sink sink_name=screenshots" \
+  --load="module-native-protocol-unix socket=$scratch/pulse-native auth-anonymous=1" >/dev/null 2>&1 &
+pids+=($!)
+for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && pactl info >/dev/null 2>&1 && break; sleep 0.1; done
 
 # Grabs the window whose title matches $1 into $2, once it has been drawn.
 grab() {
   local wid
-  wid=$(xdotool search --sync --name "$1" | head -n 1)
+  wid=$(xdotool search --sync --onlyvisible --name "$1" | head -n 1)
+  # Without a window manager nothing restacks the windows: the others step aside meanwhile.
+  local others=() other
+  for other in $(xdotool search --onlyvisible --pid "${pids[-1]}"); do
+    [[ $other == "$wid" ]] || others+=("$other")
+  done
+  for other in "${others[@]}"; do xdotool windowunmap "$other"; done
   sleep 1.5  # the picture and the texts are drawn a moment after the window maps
   eval "$(xdotool getwindowgeometry --shell "$wid")"
   ffmpeg -loglevel error -y -f x11grab -draw_mouse 0 -video_size "${WIDTH}x${HEIGHT}" -i "$DISPLAY+$X,$Y" -frames:v 1 "$2"
+  for other in "${others[@]}"; do xdotool windowmap "$other"; done
   echo "$2: ${WIDTH}x${HEIGHT}"
 }
 
