@@ -94,6 +94,6 @@ echo "  sylvora-cli wake-ups, whole process, least round: $wake_total/s"
 # How soon a volume change is heard, in steady play and with low latency asked (after 10 s of play).
 "$build/bench/output_latency_bench" 10 "$scratch/brook.flac" "$scratch/breeze.flac"
 verdict=ok
-(($(echo "$ratio <= 0.75" | bc))) || verdict="costs more than 0.75x play -m"
+(($(echo "$ratio <= 0.5" | bc))) || verdict="costs more than 0.5x play -m"
 (($(echo "$wake_total < 30" | bc))) || verdict="$verdict; wakes 30 times a second or more"
 echo "verdict: $verdict"
