@@ -11,12 +11,6 @@ namespace sylvora::cli {
 
 PlaySession::PlaySession(World& playing, QString worldName, std::optional<double> seconds)
     : world(playing), name(std::move(worldName)), duration(seconds), line(stdout) {
-    statusTimer.setSingleShot(true);
-    statusTimer.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&statusTimer, &QTimer::timeout, [this] {
-        showStatus();
-        scheduleStatus();
-    });
     fadeTimer.setTimerType(Qt::PreciseTimer);
     fadeTimer.setInterval(static_cast<int>(std::lround(World::MOVIES_TASK_TIMER_INTERVAL * 1000.0)));
     QObject::connect(&fadeTimer, &QTimer::timeout, [this] { fadeStep(); });
@@ -31,6 +25,9 @@ double PlaySession::elapsed() const {
 
 void PlaySession::begin() {
     startedAt = world.getEventLoop().currentEventTime();
+    // The line changes once a second, at the world's tick that turns its clock over: its ticks fall
+    // on whole seconds from the start, and riding on them costs no wake-up of the line's own.
+    world.setTickListener([this] { statusTick(); });
     world.start();
     if (sleepSeconds) {
         sleepTimer = std::make_unique<SleepTimer>(world);
@@ -39,7 +36,6 @@ void PlaySession::begin() {
         });
         sleepTimer->start(*sleepSeconds);
     }
-    scheduleStatus();
     if (duration) {
         // The fade ends at the duration rather than a second after it.
         const double fadeStart = std::max(0.0, *duration - 1.0);
@@ -48,12 +44,11 @@ void PlaySession::begin() {
     showStatus();
 }
 
-void PlaySession::scheduleStatus() {
-    // Aimed at each whole second of the clock rather than repeated, so the clock neither drifts
-    // nor shows a second twice.
-    const double clock = elapsed();
-    const double sinceSecond = clock - std::floor(clock);
-    statusTimer.start(static_cast<int>(std::lround((1.0 - sinceSecond) * 1000.0)) + STATUS_LAG_MS);
+void PlaySession::statusTick() {
+    const double second = std::floor(elapsed());
+    if (second != shownSecond) {
+        showStatus();
+    }
 }
 
 void PlaySession::finish(bool immediately) {
@@ -69,8 +64,8 @@ void PlaySession::finish(bool immediately) {
         return;
     }
     fadeTimer.stop();
-    statusTimer.stop();
     durationTimer.stop();
+    world.setTickListener({});
     world.stop();
     showStatus();
     line.finish();
@@ -88,6 +83,7 @@ void PlaySession::fadeStep() {
 
 void PlaySession::showStatus() {
     const double now = world.getEventLoop().currentEventTime();
+    shownSecond = std::floor(elapsed());
     observer.poll(world, now);
     // On a terminal the line is rewritten in place; a log gets a line only when something a
     // listener hears changes, so it leaves out what moves by itself (the clock, the volume).

@@ -24,9 +24,6 @@ namespace sylvora::cli {
 class PlaySession {
 public:
     static constexpr int FADE_TICKS = 15;  // one second at the world's own tick rate
-    // The line changes once a second, just after the clock it shows turns over; waking more often
-    // costs a playing session more than anything it would show.
-    static constexpr int STATUS_LAG_MS = 20;
 
     PlaySession(World& world, QString worldName, std::optional<double> duration);
 
@@ -43,7 +40,7 @@ public:
 
 private:
     void showStatus();
-    void scheduleStatus();
+    void statusTick();
     void fadeStep();
 
     World& world;
@@ -53,11 +50,11 @@ private:
     const audio::AudioOutput* output = nullptr;
     std::unique_ptr<SleepTimer> sleepTimer;
     double startedAt = 0.0;
+    double shownSecond = -1.0;  // the whole second of the clock the line last showed
     double volumeBeforeFade = 1.0;
     int fadeTick = -1;  // -1 while not fading
     PlaybackObserver observer;
     StatusLine line;
-    QTimer statusTimer;
     QTimer fadeTimer;
     QTimer durationTimer;
 };

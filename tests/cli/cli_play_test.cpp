@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QProcess>
+#include <QRegularExpression>
 #include <csignal>
 
 #include "clirunner.h"
@@ -22,7 +23,7 @@ QProcessEnvironment withoutDevice() {
 }  // namespace
 
 TEST(PlayCommand, WithoutADeviceSaysSoOnceAndPlaysForTheDuration) {
-    const CliResult result = runCli({"play", SYLVORA_EXAMPLE_WORLD, "--duration", "1.5", "--volume", "0.5"}, withoutDevice());
+    const CliResult result = runCli({"play", SYLVORA_EXAMPLE_WORLD, "--duration", "2.5", "--volume", "0.5"}, withoutDevice());
     ASSERT_FALSE(result.crashed);
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     const QStringList errors = nonEmptyLines(result.err);
@@ -32,6 +33,8 @@ TEST(PlayCommand, WithoutADeviceSaysSoOnceAndPlaysForTheDuration) {
     // carriage returns.
     EXPECT_FALSE(result.out.contains(u'\r'));
     EXPECT_TRUE(result.out.contains(QStringLiteral("Evening Forest | No sound server — waiting | loop: ")));
+    // It follows the world while it plays, not only at the start and the end (when nothing plays).
+    EXPECT_TRUE(result.out.contains(QRegularExpression(QStringLiteral("loop: [^-]")))) << result.out.toStdString();
     EXPECT_TRUE(result.out.contains(QStringLiteral("Played 'Evening Forest' for ")));
 }
 

@@ -242,6 +242,9 @@ public:
 
     // The loop sounds left out of the rotation because their files could not be read, by file name.
     QStringList getUnreadableLoopSounds();
+    // [main] Called after each tick of the playback timer: a display that follows the world can
+    // ride on it instead of waking the process on a timer of its own.
+    void setTickListener(std::function<void()> listener) { tickListener = std::move(listener); }
     // [main] Called, from the world's timer, whenever a loop sound is left out or comes back.
     void setUnreadableLoopSoundsListener(std::function<void()> listener) { unreadableListener = std::move(listener); }
     // Seconds between looks at the files of unreadable loop sounds while no loop sound plays.
@@ -294,6 +297,7 @@ private:
     std::function<void()> previewStopper;
     std::function<bool()> saveCanceller;
     std::function<void()> unreadableListener;
+    std::function<void()> tickListener;
 
     // Helpers shared by the concerns' source files.
     LoopSound* findLoopSound(SoundID id);

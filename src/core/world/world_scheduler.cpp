@@ -210,6 +210,9 @@ void World::start() {
     }
     moviesTaskTimerRef = eventLoop.installTimer(0.0, MOVIES_TASK_TIMER_INTERVAL, [this] {
         MOVIES_TASK_TIMER_UPP(moviesTaskTimerRef, this);
+        if (tickListener) {
+            tickListener();
+        }
     });
     const double now = eventLoop.currentEventTime();
 
