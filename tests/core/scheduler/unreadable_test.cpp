@@ -90,12 +90,14 @@ TEST(UnreadableLoopSound, SitsOutAfterOneFailedPlayUntilItsFileChanges) {
         }
         EXPECT_EQ(opens.take("fragile.wav"), 0);
 
-        // Mended, it takes its turns again.
-        w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 4.0, 660.0);
+        // Mended (with another length), it takes its turns again, measured from its new file.
+        w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 3.5, 660.0);
         StartLog log;
         w.runSeconds(30.0, [&](int tick) { log.onTick(w, tick); });
         EXPECT_TRUE(w.world.getUnreadableLoopSounds().isEmpty());
         EXPECT_GT(log.countOf(broken), 0);
+        for (int index = 0; index < w.world.getNumMovies(); ++index)
+            EXPECT_NEAR(w.entry(index).duration, w.entry(index).soundID == broken ? 3.5 : 4.0, 0.01) << "entry " << index;
     }
 }
 
