@@ -115,6 +115,15 @@ TEST(PulseAudioPlayback, ToneWorldReachesTheSoundServerAtItsPitch) {
 
 // A sound server that goes away while the player plays (killed) or is not there yet when it starts:
 // the player waits, says so, and is heard again once a server answers, without being restarted.
+// The server's playback streams, by index: a client that connects again gets a new one.
+QString sinkInputs(const PulseServer& server) {
+    QProcess pactl;
+    pactl.setProcessEnvironment(server.clientEnvironment());
+    pactl.start(QStringLiteral("pactl"), {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sink-inputs")});
+    pactl.waitForFinished(-1);
+    return QString::fromUtf8(pactl.readAllStandardOutput()).section(u'\t', 0, 0);
+}
+
 TEST(PulseAudioPlayback, PlayerIsHeardAgainOnceTheSoundServerIsBack) {
     struct Case {
         const char* name;
@@ -142,7 +151,12 @@ TEST(PulseAudioPlayback, PlayerIsHeardAgainOnceTheSoundServerIsBack) {
         // From the server's return on: the tone, from the same player.
         const QString recording = temp.filePath(QStringLiteral("after.raw"));
         const auto recorder = startRecorder(server, recording);
-        QThread::msleep(4500);
+        QThread::msleep(2500);
+        const QString stream = sinkInputs(server);
+        QThread::msleep(2000);
+        // Back on the server, the player stays with the one connection instead of making new ones.
+        EXPECT_EQ(sinkInputs(server), stream);
+        EXPECT_FALSE(stream.isEmpty());
         const std::vector<float> after = stopRecording(*recorder, recording);
         ASSERT_TRUE(player.waitForFinished(-1));
         EXPECT_EQ(player.exitCode(), 0) << player.readAllStandardError().toStdString();
