@@ -177,6 +177,7 @@ TEST_F(EditorLists, GroupsStartClosedAndShowTheirMembersWhenOpened) {
     EXPECT_EQ(world().getNumEnvironmentSounds(), 0);
     EXPECT_TRUE(shownNames(list).isEmpty());
     editor().hide();
+    EXPECT_FALSE(editor().isVisible());
     EXPECT_EQ(loopList()->model()->rowCount(), 0);
     editor().startEditing();  // with nothing left to remove
     EXPECT_FALSE(enabled("WET2", 5));
