@@ -133,7 +133,8 @@ void doAskSaveChanges(AskSaveChangesActions action, const Alias* alias) {
         navAskSaveChangesEventCallback(NavSelector::UserAction, answer);
         navAskSaveChangesEventCallback(NavSelector::Terminate, NavUserAction::Cancel);
     });
-    box->open();
+    // show(), not open(): open() would make it window-modal, and with no parent that holds nothing.
+    box->show();
 }
 
 void navAskSaveChangesEventCallback(NavSelector selector, NavUserAction action) {

@@ -351,10 +351,12 @@ TEST_F(DocumentFlow, OpeningWithTheEditorShownRefillsItAndOnlyANewWorldShowsItsI
     }
 }
 
-TEST_F(DocumentFlow, TheOpenAndSaveAsDialogsHoldEveryOtherWindow) {
+TEST_F(DocumentFlow, TheOpenAndSaveAsDialogsAndTheAskSaveBoxHoldEveryOtherWindow) {
     gGetInfoWindow->show();
     QWindow* info = gGetInfoWindow->getWindow()->windowHandle();
-    for (const CommandID command : {command::OPEN, command::SAVE_AS}) {
+    for (const CommandID command : {command::OPEN, command::SAVE_AS, command::NEW}) {
+        SCOPED_TRACE(commandIDString(command).toStdString());
+        if (command == command::NEW) gCurrentWorld->setDescription(QStringLiteral("unsaved"));  // so that it asks
         answerNextModal([info](QWidget* dialog) {
             QTest::keyClick(info, Qt::Key_E, Qt::ControlModifier);  // through the window system, as typed
             QCoreApplication::processEvents();
