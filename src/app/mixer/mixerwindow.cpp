@@ -61,8 +61,7 @@ void MixerWindow::hide() {
 void MixerWindow::updateDisplay() {
     if (window == nullptr) return;
     model->refresh();
-    const QString name = gCurrentWorld->getName();
-    window->setWindowTitle(name.isEmpty() ? QObject::tr("Mixer[*]") : QObject::tr("%1 — Mixer[*]").arg(name));
+    window->setWindowTitle(worldWindowTitle(gCurrentWorld->getName(), QObject::tr("Mixer")));
 }
 
 QSlider* MixerWindow::sliderFor(SoundID id) const {
@@ -92,7 +91,6 @@ void MixerWindow::addSliders(const QModelIndex& parent) {
         const QPersistentModelIndex target(level);
         QObject::connect(slider, &QSlider::valueChanged, slider, [this, target](int value) {
             model->setData(target, value);
-            ShellEvents::instance().notifyStateChanged();  // the titles' modified mark, the menus
         });
         // While the pointer is down a person listens for each step, as in the editor.
         QObject::connect(slider, &QSlider::sliderPressed, slider, [] { applicationEngine().setLowLatency(true); });

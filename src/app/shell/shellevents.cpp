@@ -7,4 +7,15 @@ ShellEvents& ShellEvents::instance() {
     return events;
 }
 
+void ShellEvents::notifyStateChangedSoon() {
+    if (pending_.exchange(true)) return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            pending_ = false;
+            notifyStateChanged();
+        },
+        Qt::QueuedConnection);
+}
+
 }  // namespace sylvora::app

@@ -7,6 +7,7 @@
 // and a shortcut is never blocked by a stale enabled state.
 
 #include <QObject>
+#include <atomic>
 
 namespace sylvora::app {
 
@@ -17,9 +18,16 @@ public:
 
     // [main] Emits stateChanged at once.
     void notifyStateChanged() { Q_EMIT stateChanged(); }
+    // [any thread] Emits stateChanged once, on the main loop's next turn, however often it is asked
+    // before then: for news that arrives in the middle of another operation (an edit of the world,
+    // its timer, the sound server's thread), which the windows must not read half done.
+    void notifyStateChangedSoon();
 
 Q_SIGNALS:
     void stateChanged();
+
+private:
+    std::atomic<bool> pending_{false};
 };
 
 }  // namespace sylvora::app

@@ -50,27 +50,16 @@ struct Runtime {
     std::unique_ptr<TrayIcon> tray;
     std::unique_ptr<SleepTimerMenu> sleepTimer;
     std::unique_ptr<MprisService> mpris;
-    QTimer titleTimer;  // while a window is shown: the editor changes the world without a word
     bool firstRun = false;
     bool background = false;
 };
 std::unique_ptr<Runtime> gRuntime;
 
-constexpr int TITLE_REFRESH_MS = 250;
-
-bool anyWindowShown() {
-    for (PlatformWindow* window : MyCarbonWindow::windowList()) {
-        if (window->isVisible()) return true;
-    }
-    return false;
-}
-
 // The world's windows carry its name and, the desktop's way, whether it has unsaved changes.
 void refreshWindowTitles() {
     if (gCurrentWorld == nullptr || gWorldEditorWindow == nullptr) return;
     if (PlatformWindow* editor = gWorldEditorWindow->getWindow()) {
-        const QString name = gCurrentWorld->getName();
-        const QString title = name.isEmpty() ? QObject::tr("World Editor[*]") : QObject::tr("%1 — World Editor[*]").arg(name);
+        const QString title = worldWindowTitle(gCurrentWorld->getName(), QObject::tr("World Editor"));
         if (editor->windowTitle() != title) editor->setWindowTitle(title);
     }
     const bool modified = gCurrentWorld->getModified();
@@ -81,24 +70,8 @@ void refreshWindowTitles() {
 }
 
 void watchWindows() {
-    gRuntime->titleTimer.setInterval(TITLE_REFRESH_MS);
-    QObject::connect(&gRuntime->titleTimer, &QTimer::timeout, &gRuntime->connections, refreshWindowTitles);
-    // Only a person at one of our windows edits the world unannounced, so the titles are watched
-    // while the application is active; idle in the background it does not wake for them.
-    const auto watchTitles = [] {
-        if (anyWindowShown() && QGuiApplication::applicationState() == Qt::ApplicationActive) {
-            gRuntime->titleTimer.start();
-        } else {
-            gRuntime->titleTimer.stop();
-            refreshWindowTitles();
-        }
-    };
-    QObject::connect(qApp, &QGuiApplication::applicationStateChanged, &gRuntime->connections, watchTitles);
     for (PlatformWindow* window : MyCarbonWindow::windowList()) {
-        QObject::connect(window, &PlatformWindow::visibilityChanged, [watchTitles] {
-            watchTitles();
-            ShellEvents::instance().notifyStateChanged();
-        });
+        QObject::connect(window, &PlatformWindow::visibilityChanged, [] { ShellEvents::instance().notifyStateChanged(); });
         QObject::connect(window, &PlatformWindow::closedByUser, [] { windowClosedByUser(); });
     }
     QObject* context = &gRuntime->connections;
@@ -138,18 +111,16 @@ void startUp(const StartUpOptions& options) {
     gRuntime->eventLoop = std::make_unique<QtEventLoop>();
     gRuntime->output = options.audioDevice ? audio::openDefaultOutput(*gRuntime->engine)
                                            : audio::makeNullOutput(*gRuntime->engine);
-    gRuntime->output->setServerListener([context = &gRuntime->connections] {
-        // Told on the output's own thread; the windows and the tray hear of it on the main one.
-        QMetaObject::invokeMethod(context, [] { ShellEvents::instance().notifyStateChanged(); }, Qt::QueuedConnection);
-    });
+    // Told on the output's own thread; the windows and the tray hear of it on the main one.
+    gRuntime->output->setServerListener([] { ShellEvents::instance().notifyStateChangedSoon(); });
     gRuntime->output->start();
 
     gPrefs = new Preferences();
     gCurrentWorld = new World(*gRuntime->engine, *gRuntime->eventLoop);
-    gCurrentWorld->setUnreadableLoopSoundsListener([context = &gRuntime->connections] {
-        // Told in the middle of the world's timer; the strip and the tray read the world after it.
-        QMetaObject::invokeMethod(context, [] { ShellEvents::instance().notifyStateChanged(); }, Qt::QueuedConnection);
-    });
+    // The strip and the tray name a broken loop sound; the windows' titles mark unsaved changes
+    // however the world was edited.
+    gCurrentWorld->setUnreadableLoopSoundsListener([] { ShellEvents::instance().notifyStateChangedSoon(); });
+    gCurrentWorld->setChangeListener([] { ShellEvents::instance().notifyStateChangedSoon(); });
     // Before the windows: the Get Info window's strip offers the timer's menu.
     gRuntime->sleepTimer = std::make_unique<SleepTimerMenu>(*gCurrentWorld);
     gWorldEditorWindow = new WorldEditorWindow();

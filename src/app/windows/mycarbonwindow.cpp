@@ -23,6 +23,10 @@ CommandID signatureOf(const QWidget& widget) {
 }
 }  // namespace
 
+QString worldWindowTitle(const QString& worldName, const QString& windowName) {
+    return (worldName.isEmpty() ? windowName : QObject::tr("%1 — %2").arg(worldName, windowName)) + QStringLiteral("[*]");
+}
+
 // ---- PlatformWindow ----
 
 PlatformWindow::PlatformWindow(MyCarbonWindow& owner) : owner_(owner) { setAcceptDrops(true); }

@@ -20,6 +20,10 @@ namespace sylvora::app {
 
 class MyCarbonWindow;
 
+// "Evening Forest — Mixer[*]", or "Mixer[*]" for a world with no name: the world first, as the
+// desktop's document windows read, and "[*]" where setWindowModified marks unsaved changes.
+QString worldWindowTitle(const QString& worldName, const QString& windowName);
+
 // The Qt window behind a MyCarbonWindow. Its close box asks the owner to close (which hides), it
 // opens world packages dropped on it, and it reports being shown or hidden so that the menus'
 // enabled states follow.

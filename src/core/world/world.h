@@ -24,6 +24,7 @@
 
 #include "core/files/alias.h"
 #include "core/time/eventloop.h"
+#include "core/world/modifiedflag.h"
 #include "util/status.h"
 
 namespace sylvora {
@@ -247,6 +248,10 @@ public:
     void setTickListener(std::function<void()> listener) { tickListener = std::move(listener); }
     // [main] Called, from the world's timer, whenever a loop sound is left out or comes back.
     void setUnreadableLoopSoundsListener(std::function<void()> listener) { unreadableListener = std::move(listener); }
+    // [main] Called after every edit of what a save writes, and when a load or a save clears the
+    // modified mark, often in the middle of the operation: windows showing the world's name and
+    // unsaved state follow the editor without polling, and must only read the world when told.
+    void setChangeListener(std::function<void()> listener) { modified.setListener(std::move(listener)); }
     // Seconds between looks at the files of unreadable loop sounds while no loop sound plays.
     static constexpr double UNREADABLE_RECHECK_SECONDS = 2.0;
 
@@ -268,7 +273,7 @@ public:
 private:
     // Model fields.
     double volume = 1.0;
-    bool modified = false;
+    ModifiedFlag modified;
     AliasHandle packageAlias;
     QString name;
     QString author;

@@ -2,6 +2,7 @@
 // volume, an environment sound's range kept in proportion, through the World's setters, so the
 // change is heard, marks the world modified in every title and is offered for saving.
 
+#include <QCoreApplication>
 #include <QSlider>
 #include <initializer_list>
 #include <QTreeView>
@@ -96,7 +97,7 @@ TEST_F(MixerTest, SlidersChangeWhatPlaysMarkTheWorldModifiedAndKeepEnvironmentRa
     gWorldEditorWindow->startEditing();
     // Adding sounds already changed the world; saving makes it clean again.
     ASSERT_EQ(gCurrentWorld->doSave(), noErr);
-    processEventsUntil([] { return false; }, 300);  // the title refresh runs
+    QCoreApplication::processEvents();  // the world's news reaches the windows on the next turn
     for (MyCarbonWindow* window : std::initializer_list<MyCarbonWindow*>{gGetInfoWindow, gMixerWindow, gWorldEditorWindow}) {
         EXPECT_FALSE(window->getWindow()->isWindowModified());
     }
@@ -115,9 +116,15 @@ TEST_F(MixerTest, SlidersChangeWhatPlaysMarkTheWorldModifiedAndKeepEnvironmentRa
     EXPECT_EQ(playing->movie->volume(), static_cast<std::int16_t>(0.4 * 256.0 * gCurrentWorld->getVolume()))
         << "heard at once, not at the next tick";
     EXPECT_TRUE(gCurrentWorld->getModified());
+    QCoreApplication::processEvents();
     for (MyCarbonWindow* window : std::initializer_list<MyCarbonWindow*>{gGetInfoWindow, gMixerWindow, gWorldEditorWindow}) {
         EXPECT_TRUE(window->getWindow()->isWindowModified()) << window->getWindow()->objectName().toStdString();
     }
+    // Any edit of the world is announced, however it was made: no window has to tell the others.
+    gCurrentWorld->setName(QStringLiteral("Meadow"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(gWorldEditorWindow->getWindow()->windowTitle(), QStringLiteral("Meadow — World Editor[*]"));
+    EXPECT_EQ(gMixerWindow->getWindow()->windowTitle(), QStringLiteral("Meadow — Mixer[*]"));
 
     struct Case {
         double minimum, maximum;

@@ -260,12 +260,16 @@
 <context>
     <name>QObject</name>
     <message>
-        <source>Mixer[*]</source>
-        <translation>Mixer[*]</translation>
+        <source>%1 — %2</source>
+        <translation>%1 — %2</translation>
     </message>
     <message>
-        <source>%1 — Mixer[*]</source>
-        <translation>%1 — Mixer[*]</translation>
+        <source>Mixer</source>
+        <translation>Mixer</translation>
+    </message>
+    <message>
+        <source>World Editor</source>
+        <translation>Welteditor</translation>
     </message>
     <message>
         <source>Sylvora Help</source>
@@ -418,14 +422,6 @@
     <message>
         <source>Quit</source>
         <translation>Beenden</translation>
-    </message>
-    <message>
-        <source>World Editor[*]</source>
-        <translation>Welteditor[*]</translation>
-    </message>
-    <message>
-        <source>%1 — World Editor[*]</source>
-        <translation>%1 — Welteditor[*]</translation>
     </message>
     <message>
         <source>Make a world from the sounds in “%1”?</source>
