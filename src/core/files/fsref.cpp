@@ -102,16 +102,18 @@ OSStatus FSPathMakeRef(const QString& path, FSRef& out) {
     return noErr;
 }
 
+bool FSGetObjectIdentity(const FSRef& ref, FSObjectIdentity& out) {
+    struct stat info {};
+    if (ref.path.isEmpty() || ::stat(nativepath::encode(ref.path).constData(), &info) != 0)
+        return false;
+    out = FSObjectIdentity{info.st_dev, info.st_ino};
+    return true;
+}
+
 bool FSCompareFSRefs(const FSRef& a, const FSRef& b) {
-    if (a.path.isEmpty() || b.path.isEmpty())
-        return false;
-    struct stat infoA {};
-    struct stat infoB {};
-    if (::stat(nativepath::encode(a.path).constData(), &infoA) != 0)
-        return false;
-    if (::stat(nativepath::encode(b.path).constData(), &infoB) != 0)
-        return false;
-    return infoA.st_dev == infoB.st_dev && infoA.st_ino == infoB.st_ino;
+    FSObjectIdentity first;
+    FSObjectIdentity second;
+    return FSGetObjectIdentity(a, first) && FSGetObjectIdentity(b, second) && first == second;
 }
 
 QString FSGetName(const FSRef& ref) {

@@ -41,13 +41,16 @@ QString Preferences::getIndKnownWorldName(int index) const {
 // record on a drive that is not plugged in is passed over instead: ending there would hide every
 // world after it, which would then be added again at every lookup.
 int Preferences::findKnownWorld(const FSRef& package) const {
+    FSObjectIdentity wanted;
+    if (!FSGetObjectIdentity(package, wanted)) return -1;
     for (int i = 0; i < numKnownWorlds; ++i) {
         FSRef resolved;
         const OSStatus status =
             FSResolveAliasWithoutSearch(*knownWorlds[static_cast<std::size_t>(i)].alias, resolved);
         if (status == nsvErr) continue;
         if (status != noErr) return -1;
-        if (FSCompareFSRefs(resolved, package)) return i;
+        FSObjectIdentity identity;
+        if (FSGetObjectIdentity(resolved, identity) && identity == wanted) return i;
     }
     return -1;
 }
@@ -58,14 +61,16 @@ void Preferences::updateKnownWorlds(const Alias* alias, const QString& name) {
     if (!alias) return;
     FSRef package;
     if (FSResolveAliasWithoutSearch(*alias, package) != noErr) return;
+    recordKnownWorld(findKnownWorld(package), *alias, package, name);
+}
 
+void Preferences::recordKnownWorld(int index, const Alias& alias, const FSRef& package, const QString& name) {
     const auto chosenName = [&]() -> QString {
         if (!name.isEmpty()) return name;
         const QString displayName = copyPackageDisplayName(package);
         return displayName.isEmpty() ? QString() : displayName;
     };
 
-    const int index = findKnownWorld(package);
     if (index >= 0) {
         KnownWorld& record = knownWorlds[static_cast<std::size_t>(index)];
         if (!record.name.isNull() && !name.isNull() && record.name == name) return;
@@ -73,7 +78,7 @@ void Preferences::updateKnownWorlds(const Alias* alias, const QString& name) {
     } else {
         if (numKnownWorlds >= MAX_KNOWN_WORLDS) return;
         KnownWorld& record = knownWorlds[static_cast<std::size_t>(numKnownWorlds)];
-        record.alias = alias->copy();
+        record.alias = alias.copy();
         record.name = chosenName();
         ++numKnownWorlds;
     }

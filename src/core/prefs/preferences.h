@@ -95,6 +95,8 @@ public:
 private:
     // The position of `package` in the list by the search rule, or -1.
     int findKnownWorld(const FSRef& package) const;
+    // Names the record at `index` (-1: adds one for `package`, if there is room), as updateKnownWorlds.
+    void recordKnownWorld(int index, const Alias& alias, const FSRef& package, const QString& name);
     void sortKnownWorlds();
     // Takes in what the background searches found: moved packages are followed, gone ones dropped.
     void takeSearchFindings();

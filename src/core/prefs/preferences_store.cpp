@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -103,6 +104,9 @@ QVariantList Preferences::createCFArrayOfKnownWorlds() const {
 
 void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
     clearKnownWorlds();
+    // Each package found is looked up here rather than by updateKnownWorlds, which would look at
+    // every record before it: reading a long list would take a time that grows with its square.
+    std::map<FSObjectIdentity, int> recordOfPackage;
     for (const QVariant& item : array) {
         if (!holds(item, QMetaType::QVariantMap)) continue;
         const QVariantMap element = item.toMap();
@@ -128,7 +132,15 @@ void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
             knownWorldsNeedSorting = true;
             continue;
         }
-        updateKnownWorlds(alias.get(), storedName);
+        FSObjectIdentity identity;
+        if (!FSGetObjectIdentity(resolved, identity)) continue;
+        const auto known = recordOfPackage.find(identity);
+        if (known != recordOfPackage.end()) {
+            recordKnownWorld(known->second, *alias, resolved, storedName);
+        } else if (numKnownWorlds < MAX_KNOWN_WORLDS) {
+            recordOfPackage.emplace(identity, numKnownWorlds);
+            recordKnownWorld(-1, *alias, resolved, storedName);
+        }
     }
 }
 

@@ -320,8 +320,13 @@ TEST_F(PreferencesTest, ListConversionKeepsOrderAndSkipsMalformedElements) {
     prefs.removeFromKnownWorlds(0);
     EXPECT_EQ(names(prefs), std::vector<QString>{QStringLiteral("Beach")});
 
-    // Worlds that are not where they were are read without a search, kept, and still one each.
+    // A world stored twice behind one that is gone is still one record.
     ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("Rain.sylvora"))).removeRecursively());
+    Preferences partly(settingsFile());
+    partly.extractKnownWorldsFromCFArray(QVariantList{array[1], array[2], array[2]});
+    EXPECT_EQ(names(partly), (std::vector<QString>{QStringLiteral("Rain"), QStringLiteral("Beach")}));
+
+    // Worlds that are not where they were are read without a search, kept, and still one each.
     ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("Beach.sylvora"))).removeRecursively());
     Preferences gone(settingsFile());
     gone.extractKnownWorldsFromCFArray(array);
