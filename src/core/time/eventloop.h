@@ -7,6 +7,9 @@
 // Lifecycle: installTimer() -> the callback runs on the main thread, first after `delay` seconds
 // (0: on the loop's next turn, never inside installTimer itself), then every `interval` seconds ->
 // removeTimer(). A callback may install or remove timers, its own included.
+// installWatch() -> the callback runs on the main thread, on a turn of the loop, whenever the
+// descriptor has something to read (it must read it, or it is called again at once) ->
+// removeWatch(), also from inside the callback. The loop never owns or closes the descriptor.
 
 #include <functional>
 
@@ -14,6 +17,8 @@ namespace sylvora {
 
 class EventLoopTimer;  // opaque; owned by the loop
 using EventLoopTimerRef = EventLoopTimer*;
+class EventLoopWatch;  // opaque; owned by the loop
+using EventLoopWatchRef = EventLoopWatch*;
 
 class EventLoop {
 public:
@@ -26,6 +31,10 @@ public:
     // [main] InstallEventLoopTimer / RemoveEventLoopTimer.
     virtual EventLoopTimerRef installTimer(double delay, double interval, std::function<void()> callback) = 0;
     virtual void removeTimer(EventLoopTimerRef timer) = 0;
+
+    // [main] A descriptor the loop wakes for, such as a file watcher's.
+    virtual EventLoopWatchRef installWatch(int fd, std::function<void()> callback) = 0;
+    virtual void removeWatch(EventLoopWatchRef watch) = 0;
 };
 
 }  // namespace sylvora

@@ -1,7 +1,12 @@
 #pragma once
 
-// The record behind an EventLoopTimerRef. Each loop keeps its own timers as subclasses of this one
-// type, so a reference means the same thing in every build whichever loops it links.
+// The records behind an EventLoopTimerRef and an EventLoopWatchRef. Each loop keeps its own timers
+// and watches as subclasses of these types, so a reference means the same thing in every build
+// whichever loops it links.
+
+#include <algorithm>
+#include <memory>
+#include <vector>
 
 #include "core/time/eventloop.h"
 
@@ -14,5 +19,19 @@ public:
 protected:
     EventLoopTimer() = default;
 };
+
+class EventLoopWatch {
+public:
+    virtual ~EventLoopWatch() = default;
+
+protected:
+    EventLoopWatch() = default;
+};
+
+// The record among a loop's own that a reference names, or the end of `records`.
+template <typename Record>
+auto findRecord(std::vector<std::unique_ptr<Record>>& records, const void* ref) {
+    return std::find_if(records.begin(), records.end(), [ref](const std::unique_ptr<Record>& r) { return r.get() == ref; });
+}
 
 }  // namespace sylvora

@@ -1,5 +1,6 @@
 #include "core/time/qteventloop.h"
 
+#include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
@@ -35,6 +36,20 @@ public:
     bool removed = false;
 };
 
+class QtEventLoop::Watch final : public EventLoopWatch {
+public:
+    explicit Watch(int fd) : notifier(new QSocketNotifier(fd, QSocketNotifier::Read)) {}
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    // Its signal may be the one running: the notifier goes once Qt's loop is back in control.
+    ~Watch() override {
+        notifier->setEnabled(false);
+        notifier->deleteLater();
+    }
+
+    QSocketNotifier* notifier;
+};
+
 double monotonicSecondsSinceBoot() {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -64,8 +79,7 @@ EventLoopTimerRef QtEventLoop::installTimer(double delay, double interval, std::
 
 // [main]
 void QtEventLoop::removeTimer(EventLoopTimerRef ref) {
-    const auto it = std::find_if(timers_.begin(), timers_.end(),
-                                 [ref](const std::unique_ptr<Timer>& t) { return t.get() == ref; });
+    const auto it = findRecord(timers_, ref);
     if (it == timers_.end()) {
         return;
     }
@@ -79,8 +93,7 @@ void QtEventLoop::removeTimer(EventLoopTimerRef ref) {
 }
 
 void QtEventLoop::retire(Timer& timer) {
-    const auto it = std::find_if(timers_.begin(), timers_.end(),
-                                 [&timer](const std::unique_ptr<Timer>& t) { return t.get() == &timer; });
+    const auto it = findRecord(timers_, &timer);
     if (it != timers_.end()) {
         retired_.push_back(std::move(*it));
         timers_.erase(it);
@@ -104,6 +117,21 @@ void QtEventLoop::fire(Timer& timer) {
     const auto passed = static_cast<std::int64_t>(std::floor((now - timer.first) / timer.interval));
     timer.fired = std::max(timer.fired + 1, passed + 1);
     timer.armFor(timer.first + static_cast<double>(timer.fired) * timer.interval, now);
+}
+
+// [main] The callback lives in the notifier's connection, so that it outlasts a removal from
+// inside itself.
+EventLoopWatchRef QtEventLoop::installWatch(int fd, std::function<void()> callback) {
+    watches_.push_back(std::make_unique<Watch>(fd));
+    QObject::connect(watches_.back()->notifier, &QSocketNotifier::activated, std::move(callback));
+    return watches_.back().get();
+}
+
+// [main]
+void QtEventLoop::removeWatch(EventLoopWatchRef ref) {
+    if (const auto it = findRecord(watches_, ref); it != watches_.end()) {
+        watches_.erase(it);
+    }
 }
 
 }  // namespace sylvora

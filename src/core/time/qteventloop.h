@@ -26,6 +26,8 @@ public:
     double currentEventTime() const override;
     EventLoopTimerRef installTimer(double delay, double interval, std::function<void()> callback) override;
     void removeTimer(EventLoopTimerRef timer) override;
+    EventLoopWatchRef installWatch(int fd, std::function<void()> callback) override;
+    void removeWatch(EventLoopWatchRef watch) override;
 
 private:
     class Timer;
@@ -36,6 +38,9 @@ private:
     // Timers removed while their own callback ran: their QTimer is still emitting, so they are
     // destroyed at the next safe moment instead.
     std::vector<std::unique_ptr<Timer>> retired_;
+
+    class Watch;
+    std::vector<std::unique_ptr<Watch>> watches_;
 };
 
 // [any] CLOCK_MONOTONIC in seconds: counts from boot and never goes back.

@@ -1,11 +1,31 @@
 #include "core/time/virtualeventloop.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <cmath>
 
 #include "core/time/eventlooptimer.h"
 
 namespace sylvora {
+
+namespace {
+
+// Removal during a turn only marks the record: its callback may be the one running.
+template <typename Record>
+void remove(std::vector<std::unique_ptr<Record>>& records, const void* ref, bool processing) {
+    const auto it = findRecord(records, ref);
+    if (it == records.end()) {
+        return;
+    }
+    if (processing) {
+        (*it)->removed = true;
+    } else {
+        records.erase(it);
+    }
+}
+
+}  // namespace
 
 class VirtualEventLoop::Timer final : public EventLoopTimer {
 public:
@@ -25,6 +45,17 @@ public:
     bool spent = false;  // a one-shot timer that has fired stays installed, silent, until removed
 };
 
+class VirtualEventLoop::Watch final : public EventLoopWatch {
+public:
+    Watch(int descriptor, std::function<void()> cb, std::uint64_t installedIn)
+        : fd(descriptor), callback(std::move(cb)), installedInTurn(installedIn) {}
+
+    int fd;
+    std::function<void()> callback;
+    std::uint64_t installedInTurn;
+    bool removed = false;
+};
+
 VirtualEventLoop::VirtualEventLoop(double clockOrigin) : clockOrigin_(clockOrigin > 0.0 ? clockOrigin : DEFAULT_CLOCK_ORIGIN) {}
 
 VirtualEventLoop::~VirtualEventLoop() = default;
@@ -38,19 +69,8 @@ EventLoopTimerRef VirtualEventLoop::installTimer(double delay, double interval, 
     return timers_.back().get();
 }
 
-// [main] Removal during a turn only marks the timer: its callback may be the one running.
-void VirtualEventLoop::removeTimer(EventLoopTimerRef timer) {
-    const auto it = std::find_if(timers_.begin(), timers_.end(),
-                                 [timer](const std::unique_ptr<Timer>& t) { return t.get() == timer; });
-    if (it == timers_.end()) {
-        return;
-    }
-    if (processing_) {
-        (*it)->removed = true;
-    } else {
-        timers_.erase(it);
-    }
-}
+// [main]
+void VirtualEventLoop::removeTimer(EventLoopTimerRef timer) { remove(timers_, timer, processing_); }
 
 // [main]
 void VirtualEventLoop::setAudioTime(double seconds) { audioTime_ = std::max(audioTime_, seconds); }
@@ -62,6 +82,7 @@ int VirtualEventLoop::processDueTimers() {
     }
     processing_ = true;
     ++turn_;
+    int fired = serveReadyWatches();
     const double now = currentEventTime();
 
     std::vector<Timer*> due;
@@ -74,7 +95,6 @@ int VirtualEventLoop::processDueTimers() {
         return a->due() != b->due() ? a->due() < b->due() : a->sequence < b->sequence;
     });
 
-    int fired = 0;
     for (Timer* timer : due) {
         if (timer->removed) {
             continue;
@@ -94,8 +114,37 @@ int VirtualEventLoop::processDueTimers() {
     }
 
     std::erase_if(timers_, [](const std::unique_ptr<Timer>& t) { return t->removed; });
+    std::erase_if(watches_, [](const std::unique_ptr<Watch>& w) { return w->removed; });
     processing_ = false;
     return fired;
+}
+
+// [main]
+EventLoopWatchRef VirtualEventLoop::installWatch(int fd, std::function<void()> callback) {
+    watches_.push_back(std::make_unique<Watch>(fd, std::move(callback), processing_ ? turn_ : 0));
+    return watches_.back().get();
+}
+
+// [main]
+void VirtualEventLoop::removeWatch(EventLoopWatchRef watch) { remove(watches_, watch, processing_); }
+
+// [main] Within a turn: every descriptor is asked once, without waiting, before any callback runs.
+int VirtualEventLoop::serveReadyWatches() {
+    std::vector<Watch*> ready;
+    for (const auto& watch : watches_) {
+        pollfd asked{watch->fd, POLLIN, 0};
+        if (watch->installedInTurn != turn_ && poll(&asked, 1, 0) > 0 && (asked.revents & POLLIN) != 0) {
+            ready.push_back(watch.get());
+        }
+    }
+    int served = 0;
+    for (Watch* watch : ready) {
+        if (!watch->removed) {
+            watch->callback();
+            ++served;
+        }
+    }
+    return served;
 }
 
 // [main]

@@ -11,8 +11,10 @@
 // and one shared count would make such ties routine (every loop whose length is a whole number of
 // ticks). The skew breaks them the way a real clock does, and moves nothing by a sample in hours.
 //
-// Lifecycle: install timers -> setAudioTime() moves the clock -> processDueTimers() is one turn of
-// the loop, running every timer that is due. A timer installed with delay 0 first fires on the next
+// Lifecycle: install timers and watches -> setAudioTime() moves the clock -> processDueTimers() is
+// one turn of the loop, running the watches whose descriptors are readable, then every timer that is
+// due. A watch is the real descriptor asked without waiting, so a test sees exactly the kernel's
+// notifications, at the turn after they came. A timer installed with delay 0 first fires on the next
 // turn, never inside installTimer, then every `interval` seconds of audio time. Like a real loop it
 // does not catch up: a timer late by several intervals fires once and resumes on its grid.
 
@@ -39,6 +41,8 @@ public:
     double currentEventTime() const override { return clockOrigin_ + audioTime_ * (1.0 + CLOCK_SKEW); }
     EventLoopTimerRef installTimer(double delay, double interval, std::function<void()> callback) override;
     void removeTimer(EventLoopTimerRef timer) override;
+    EventLoopWatchRef installWatch(int fd, std::function<void()> callback) override;
+    void removeWatch(EventLoopWatchRef watch) override;
 
     // [main] Moves the clock to `seconds` of rendered audio; it never goes back.
     void setAudioTime(double seconds);
@@ -49,8 +53,9 @@ public:
     // rounding (a frame), so a timer on the 1/15-s grid fires at the block boundary nearest to it.
     void setTolerance(double seconds) { tolerance_ = seconds; }
 
-    // [main] One turn: fires every timer due at the current clock, earliest first (install order
-    // among equals). Timers installed during the turn wait for the next one. Returns how many fired.
+    // [main] One turn: runs the watches whose descriptors are readable, then fires every timer due
+    // at the current clock, earliest first (install order among equals). Timers and watches
+    // installed during the turn wait for the next one. Returns how many callbacks ran.
     int processDueTimers();
 
     // [main] Installed timers, and the earliest time one of them is due (0 with none).
@@ -60,6 +65,9 @@ public:
 private:
     class Timer;
     std::vector<std::unique_ptr<Timer>> timers_;
+    class Watch;
+    int serveReadyWatches();
+    std::vector<std::unique_ptr<Watch>> watches_;
     double clockOrigin_;
     double audioTime_ = 0.0;
     double tolerance_ = 1e-9;

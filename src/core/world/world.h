@@ -34,20 +34,12 @@ class Engine;
 class SoundInstance;
 }  // namespace audio
 
+class FileWatcher;
+
 // Identifiers come from one counter per World shared by groups, loop sounds and environment
 // sounds, so an identifier alone names one thing. 0 means none or failure.
 using SoundID = std::uint32_t;
 using GroupID = std::uint32_t;
-
-// What a sound file was when it was last looked at: enough to tell that it changed since.
-struct FileStamp {
-    bool found = false;
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::int64_t size = 0;
-    std::int64_t changedNs = 0;  // the inode's change time, which any write or rename sets
-    bool operator==(const FileStamp&) const = default;
-};
 
 struct LoopSound {
     AliasHandle alias;
@@ -55,9 +47,9 @@ struct LoopSound {
     double volume = 1.0;
     SoundID id = 0;
     // A play of it failed because its file could not be read: it is left out of the rotation
-    // until the file is no longer what `unreadableFile` says it was then.
+    // until `unreadableFile` (where the file was found, or was last) changes.
     bool unreadable = false;
-    FileStamp unreadableFile;
+    QString unreadableFile;
 };
 
 // The five fields that are always copied and moved as one unit.
@@ -246,14 +238,13 @@ public:
     // [main] Called after each tick of the playback timer: a display that follows the world can
     // ride on it instead of waking the process on a timer of its own.
     void setTickListener(std::function<void()> listener) { tickListener = std::move(listener); }
-    // [main] Called, from the world's timer, whenever a loop sound is left out or comes back.
+    // [main] Called, from the world's timer or its watch on broken files, whenever a loop sound is
+    // left out or comes back.
     void setUnreadableLoopSoundsListener(std::function<void()> listener) { unreadableListener = std::move(listener); }
     // [main] Called after every edit of what a save writes, and when a load or a save clears the
     // modified mark, often in the middle of the operation: windows showing the world's name and
     // unsaved state follow the editor without polling, and must only read the world when told.
     void setChangeListener(std::function<void()> listener) { modified.setListener(std::move(listener)); }
-    // Seconds between looks at the files of unreadable loop sounds while no loop sound plays.
-    static constexpr double UNREADABLE_RECHECK_SECONDS = 2.0;
 
     // Read-only view of the pool, for status displays and tests.
     int getNumMovies() const { return numMovies; }
@@ -295,7 +286,8 @@ private:
     std::array<MovieEntry, MAX_MOVIES> movies;
     std::int32_t numMovies = 0;
     EventLoopTimerRef moviesTaskTimerRef = nullptr;
-    double nextUnreadableCheck = 0.0;  // event-clock seconds
+    std::unique_ptr<FileWatcher> unreadableFiles;  // while a loop sound is unreadable
+    EventLoopWatchRef unreadableWatch = nullptr;
 
     audio::Engine& engine;
     EventLoop& eventLoop;
@@ -332,9 +324,8 @@ private:
     int getPlayableLoopMovie(SoundID& sound);
     void markLoopSoundUnreadable(SoundID id);
     void releaseLoopSuccessors(double now);  // the turn after a play that failed comes now
-    bool reviveChangedLoopSounds();  // true when a file changed and its sound is back in
-    FileStamp stampLoopSoundFile(const LoopSound& sound) const;
-    void recheckUnreadableLoopSounds(double now);  // the timer's look while no loop plays
+    void reviveChangedLoopSounds();    // the watch's callback: their files changed
+    void watchUnreadableLoopSounds();  // after the set of unreadable sounds changed
     void scheduleNextEnvironmentPlay(SoundID ended, double now);  // the successor of an ended play
     // Whether an entry's turn has come at `now`. An environment sound's turn comes `lead` seconds
     // early (the output's queue), so that it is heard at its time rather than a queue later; a

@@ -52,6 +52,7 @@ void World::removeLoopSoundRecord(int index) {
     loopSounds[static_cast<std::size_t>(numLoopSounds - 1)] = LoopSound{};
     --numLoopSounds;
     modified = true;
+    watchUnreadableLoopSounds();
 }
 
 void World::removeEnvironmentSoundRecord(int index) {

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "audio/engine/soundinstance.h"
+#include "core/files/filewatcher.h"
 #include "core/files/utils.h"
 #include "core/strings/stringresources.h"
 #include "core/world/world.h"
@@ -202,6 +203,7 @@ void World::clearLoopSoundList() {
     }
     numLoopSounds = 0;
     modified = true;
+    watchUnreadableLoopSounds();
 }
 
 // ---- Environment sounds

@@ -78,11 +78,8 @@ double World::drawUnit() {
     return static_cast<double>(random()) / RANDOM_MAX;
 }
 
-// [main] Once per turn of the loop chain, the files of unreadable sounds are looked at again (a
-// stat each), so one that was mended or replaced takes its turns again. With every sound readable
-// the draw is what it always was.
+// [main] Unreadable sounds sit out the draw; with every sound readable it is what it always was.
 SoundID World::pickLoopSound() {
-    reviveChangedLoopSounds();
     int readable = 0;
     for (int i = 0; i < numLoopSounds; ++i) {
         readable += loopSounds[static_cast<std::size_t>(i)].unreadable ? 0 : 1;
@@ -391,7 +388,6 @@ void World::updateMovieVolume(MovieEntry& entry) {
 void World::moviesTaskTimer(EventLoopTimerRef /*timer*/, void* world) {
     World& self = *static_cast<World*>(world);
     const double now = self.eventLoop.currentEventTime();
-    self.recheckUnreadableLoopSounds(now);
     if (self.numMovies < 1) {
         return;
     }

@@ -1,35 +1,33 @@
 // Loop sounds whose files can no longer be read while the world plays (deleted, cut short,
 // overwritten with something else): each sits out after one failed play, and comes back only when
-// its file changes, so a broken file costs one attempt rather than one per timer tick.
-
-#include <sys/stat.h>
+// the kernel reports its file changed, so a broken file costs one attempt and then nothing at all:
+// no look at the disk and no wake-up until someone touches it.
 
 #include <QFileInfo>
 #include <QStringList>
+#include <algorithm>
 
 #include "audio/engine/engine.h"
 #include "audio/engine/soundinstance.h"
+#include "core/files/filewatcher.h"
 #include "core/files/nativepath.h"
 #include "core/world/world.h"
 
 namespace sylvora {
 
-// [main]
-FileStamp World::stampLoopSoundFile(const LoopSound& sound) const {
-    FileStamp stamp;
+namespace {
+
+// Where the file is now, or where it was last when the alias no longer finds it: something that
+// appears there is what would mend the sound.
+QString watchedFileOf(const LoopSound& sound) {
     FSRef file;
-    struct stat info {};
-    if (sound.alias == nullptr || FSResolveAlias(*sound.alias, file) != noErr ||
-        ::stat(nativepath::encode(file.path).constData(), &info) != 0) {
-        return stamp;
+    if (sound.alias == nullptr) {
+        return {};
     }
-    stamp.found = true;
-    stamp.device = info.st_dev;
-    stamp.inode = info.st_ino;
-    stamp.size = info.st_size;
-    stamp.changedNs = static_cast<std::int64_t>(info.st_ctim.tv_sec) * 1'000'000'000 + info.st_ctim.tv_nsec;
-    return stamp;
+    return FSResolveAlias(*sound.alias, file) == noErr ? file.path : sound.alias->recordedPath();
 }
+
+}  // namespace
 
 // [main]
 void World::markLoopSoundUnreadable(SoundID id) {
@@ -38,24 +36,49 @@ void World::markLoopSoundUnreadable(SoundID id) {
         return;
     }
     sound->unreadable = true;
-    sound->unreadableFile = stampLoopSoundFile(*sound);
+    sound->unreadableFile = watchedFileOf(*sound);
+    watchUnreadableLoopSounds();
     if (unreadableListener) {
         unreadableListener();
     }
 }
 
+// [main] The watch lives only while some sound is unreadable, so an intact world holds no watcher.
+void World::watchUnreadableLoopSounds() {
+    std::vector<QString> files;
+    for (int i = 0; i < numLoopSounds; ++i) {
+        const LoopSound& sound = loopSounds[static_cast<std::size_t>(i)];
+        if (sound.unreadable && !sound.unreadableFile.isEmpty()) {
+            files.push_back(sound.unreadableFile);
+        }
+    }
+    if (files.empty()) {
+        if (unreadableWatch != nullptr) {
+            eventLoop.removeWatch(unreadableWatch);
+            unreadableWatch = nullptr;
+        }
+        unreadableFiles.reset();
+        return;
+    }
+    if (!unreadableFiles) {
+        unreadableFiles = std::make_unique<FileWatcher>();
+    }
+    unreadableFiles->watch(files);
+    if (unreadableWatch == nullptr && unreadableFiles->descriptor() >= 0) {
+        unreadableWatch = eventLoop.installWatch(unreadableFiles->descriptor(), [this] { reviveChangedLoopSounds(); });
+    }
+}
+
 // [main] The instances of a revived sound were measured from the old file: each one that waits
 // unscheduled is opened again in its place (the pool is not reordered, as the timer may be walking
-// it). A file that still does not open is the new mark.
-bool World::reviveChangedLoopSounds() {
+// it). A file that still does not open is watched again, where it is now. With no loop left
+// playing, the first sound back starts the chain again at once.
+void World::reviveChangedLoopSounds() {
+    const std::vector<QString> changed = unreadableFiles->takeChanged();
     bool revived = false;
     for (int i = 0; i < numLoopSounds; ++i) {
         LoopSound& sound = loopSounds[static_cast<std::size_t>(i)];
-        if (!sound.unreadable) {
-            continue;
-        }
-        const FileStamp now = stampLoopSoundFile(sound);
-        if (now == sound.unreadableFile) {
+        if (!sound.unreadable || std::find(changed.begin(), changed.end(), sound.unreadableFile) == changed.end()) {
             continue;
         }
         sound.unreadable = false;
@@ -69,7 +92,7 @@ bool World::reviveChangedLoopSounds() {
             if (FSResolveAlias(*sound.alias, file) != noErr ||
                 engine.openInstance(nativepath::encode(file.path).toStdString(), fresh) != noErr || !fresh) {
                 sound.unreadable = true;
-                sound.unreadableFile = now;
+                sound.unreadableFile = watchedFileOf(sound);
                 break;
             }
             entry.movie = std::move(fresh);
@@ -78,10 +101,19 @@ bool World::reviveChangedLoopSounds() {
         }
         revived = revived || !sound.unreadable;
     }
-    if (revived && unreadableListener) {
+    watchUnreadableLoopSounds();
+    if (!revived) {
+        return;
+    }
+    if (unreadableListener) {
         unreadableListener();
     }
-    return revived;
+    const bool chainRuns = std::any_of(movies.begin(), movies.begin() + numMovies, [](const MovieEntry& entry) {
+        return entry.isLoopSound && entry.startTime > 0.0;
+    });
+    if (isPlaying() && !chainRuns) {
+        scheduleNextLoopSound(eventLoop.currentEventTime());
+    }
 }
 
 // [main] The instance due after one whose play failed was cued on an end that came early: it has
@@ -115,32 +147,6 @@ int World::getPlayableLoopMovie(SoundID& sound) {
         sound = pickLoopSound();
     }
     return -1;
-}
-
-// [main] While loop sounds play, the chain's own picks look at the files; with none playing (every
-// loop sound unreadable), the timer looks every UNREADABLE_RECHECK_SECONDS and starts the chain
-// again with the first sound whose file changed.
-void World::recheckUnreadableLoopSounds(double now) {
-    if (numLoopSounds < 1 || now < nextUnreadableCheck) {
-        return;
-    }
-    bool anyUnreadable = false;
-    for (int i = 0; i < numLoopSounds && !anyUnreadable; ++i) {
-        anyUnreadable = loopSounds[static_cast<std::size_t>(i)].unreadable;
-    }
-    if (!anyUnreadable) {
-        return;
-    }
-    for (int i = 0; i < numMovies; ++i) {
-        const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
-        if (entry.isLoopSound && entry.startTime > 0.0) {
-            return;
-        }
-    }
-    nextUnreadableCheck = now + UNREADABLE_RECHECK_SECONDS;
-    if (reviveChangedLoopSounds()) {
-        scheduleNextLoopSound(now);
-    }
 }
 
 // [main]

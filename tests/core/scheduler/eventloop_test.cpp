@@ -1,6 +1,8 @@
 // The two event loops the world runs on: Qt's for the app, the virtual one for renders and tests.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -127,6 +129,42 @@ TEST(QtEventLoop, TimersFireOnTheLoopAndStopWhenRemoved) {
     ASSERT_TRUE(spinUntil([&] { return marker == 1; }));
     EXPECT_EQ(fired, 3) << "a removed timer fired again";
     loop.removeTimer(later);
+}
+
+// A watch runs on a turn of its loop while its descriptor has something to read, never before, and
+// no more once removed, also from its own callback while there is still something to read. Both
+// loops, on a real pipe.
+TEST(EventLoops, WatchesRunWhileTheirDescriptorIsReadableUntilRemoved) {
+    VirtualEventLoop virtualLoop;
+    QtEventLoop qtLoop;
+    for (EventLoop* loop : std::initializer_list<EventLoop*>{&virtualLoop, &qtLoop}) {
+        SCOPED_TRACE(loop == &qtLoop ? "Qt" : "virtual");
+        const auto turns = [&] {
+            for (int i = 0; i < 5; ++i) {
+                if (loop == &qtLoop) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+                else virtualLoop.processDueTimers();
+            }
+        };
+        int fds[2];
+        ASSERT_EQ(pipe2(fds, O_NONBLOCK | O_CLOEXEC), 0);
+        int runs = 0;
+        EventLoopWatchRef watch = nullptr;
+        watch = loop->installWatch(fds[0], [&] {
+            char byte = 0;
+            ++runs;
+            if (read(fds[0], &byte, 1) == 1 && byte == 'x') loop->removeWatch(watch);
+        });
+        turns();
+        EXPECT_EQ(runs, 0);
+        ASSERT_EQ(write(fds[1], "a", 1), 1);
+        turns();
+        EXPECT_EQ(runs, 1) << "run once, and read";
+        ASSERT_EQ(write(fds[1], "xy", 2), 2);
+        turns();
+        EXPECT_EQ(runs, 2) << "removed by itself with a byte still unread";
+        close(fds[0]);
+        close(fds[1]);
+    }
 }
 
 }  // namespace

@@ -96,18 +96,49 @@ TEST(UnreadableLoopSound, SitsOutAfterOneFailedPlayUntilItsFileChanges) {
         }
         EXPECT_EQ(opens.take("fragile.wav"), 0);
 
-        // Mended (with another length), it takes its turns again, measured from its new file.
+        // Mended (with another length), it takes its turns again, measured from its new file; with
+        // no loop playing, the chain starts again with it at once.
         w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 3.5, 660.0);
         StartLog log;
-        w.runSeconds(30.0, [&](int tick) { log.onTick(w, tick); });
+        int mendedAt = -1;
+        w.runSeconds(30.0, [&](int tick) {
+            mendedAt = mendedAt < 0 ? tick : mendedAt;
+            log.onTick(w, tick);
+        });
         EXPECT_TRUE(w.world.getUnreadableLoopSounds().isEmpty());
-        EXPECT_GT(log.countOf(broken), 0);
+        ASSERT_GT(log.countOf(broken), 0);
+        EXPECT_TRUE(c.otherLoop || (log.starts.front().sound == broken && log.starts.front().tick - mendedAt <= 1))
+            << "started at tick " << log.starts.front().tick - mendedAt << " after the mend";
         for (int index = 0; index < w.world.getNumMovies(); ++index) {
             if (w.entry(index).isLoopSound) {
                 EXPECT_NEAR(w.entry(index).duration, w.entry(index).soundID == broken ? 3.5 : 4.0, 0.01) << "entry " << index;
             }
         }
     }
+}
+
+// Stopped with a sound still broken, the world wakes for nothing while its file stays as it is, and
+// takes the sound back on the loop's first turn after the file is mended, so that it plays at the
+// next start.
+TEST(UnreadableLoopSound, IsWatchedWithoutWakingUntilItsFileIsMended) {
+    WorldFixture w(3);
+    const QString fragile = w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 4.0, 660.0);
+    w.addLoop(fragile);
+    w.world.start();
+    w.runSeconds(1.0);
+    breakFile(fragile, Break::Garbage);
+    w.runSeconds(5.0);
+    w.world.stop();
+    ASSERT_EQ(w.world.getUnreadableLoopSounds(), QStringList{QStringLiteral("fragile.wav")});
+    int woken = 0;
+    for (int turn = 0; turn < 100; ++turn) woken += w.eventLoop.processDueTimers();
+    EXPECT_EQ(woken, 0);
+    w.writeSound(QStringLiteral("Loop Sounds/fragile.wav"), 3.5, 660.0);
+    EXPECT_EQ(w.eventLoop.processDueTimers(), 1);
+    EXPECT_TRUE(w.world.getUnreadableLoopSounds().isEmpty());
+    EXPECT_EQ(w.eventLoop.processDueTimers(), 0) << "the watch goes with the last broken sound";
+    w.world.start();
+    EXPECT_GT(w.play(1.0), 0.2f);
 }
 
 TEST(UnreadableLoopSound, AFullPoolLeavesTheReadableSoundsInTheRotation) {
