@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -96,6 +97,16 @@ class PulseOutputTest : public ::testing::Test {
     }
     std::vector<double> queueMisstated;  // heard later than the engine said, in seconds
 
+    // The longest queue the output reports, asked every 10 ms for `seconds`.
+    double longestQueue(double seconds) {
+        double longest = 0.0;
+        for (const auto end = Clock::now() + std::chrono::duration<double>(seconds); Clock::now() < end;) {
+            longest = std::max(longest, output->queuedSeconds());
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return longest;
+    }
+
     // What the world starts a sound early by is what is queued: never so much that it is heard
     // before its time, nor so little that it is heard a long buffer late. The middle two of the
     // measurements, since a busy machine can hold up any one of them.
@@ -162,8 +173,12 @@ TEST_F(PulseOutputTest, SwitchingBetweenLongAndShortBuffersLosesAndRepeatsNothin
         pause(0.6);
         engine.setLowLatency(true);
         pause(0.6);
+        const double shortQueue = longestQueue(0.3);
         engine.setLowLatency(false);
-        pause(audio::PulseOutput::LONG_RETURN_SECONDS + 0.3);
+        pause(audio::PulseOutput::LONG_RETURN_SECONDS);
+        // The long buffer, and its few wake-ups a second, come back once low latency is no longer asked.
+        const double longQueue = longestQueue(0.6);
+        EXPECT_GT(longQueue, shortQueue + 0.08) << "round " << round;
     }
     EXPECT_EQ(output->underruns(), 0u);
     const std::vector<float> samples = finish();
@@ -184,4 +199,19 @@ TEST_F(PulseOutputTest, SwitchingBetweenLongAndShortBuffersLosesAndRepeatsNothin
     for (std::size_t n = first + 2; n < last; ++n)
         worst = std::max(worst, std::fabs(samples[n] - c * samples[n - 1] + samples[n - 2]));
     EXPECT_LT(worst, 0.005);
+}
+
+// stop() returns once the server has taken the cork, so that nothing pulls the engine after it: its
+// owner may hand the engine to another output, or let it go. A server held still answers nothing.
+TEST_F(PulseOutputTest, StopWaitsForTheServerAndNothingPullsTheEngineAfterIt) {
+    while (output->framesPlayed() < RATE / 10)
+        pause(0.05);
+    server->hold(true);
+    auto stopped = std::async(std::launch::async, [this] { output->stop(); });
+    EXPECT_EQ(stopped.wait_for(std::chrono::milliseconds(500)), std::future_status::timeout);
+    server->hold(false);
+    stopped.wait();
+    const std::uint64_t written = output->framesWritten();
+    pause(0.5);
+    EXPECT_EQ(output->framesWritten(), written);
 }

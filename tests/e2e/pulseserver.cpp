@@ -1,5 +1,7 @@
 #include "pulseserver.h"
 
+#include <signal.h>
+
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
@@ -76,6 +78,10 @@ void PulseServer::kill() {
     if (!daemon || daemon->state() == QProcess::NotRunning) return;
     daemon->kill();
     daemon->waitForFinished(-1);
+}
+
+void PulseServer::hold(bool held) {
+    if (daemon && daemon->state() == QProcess::Running) ::kill(static_cast<pid_t>(daemon->processId()), held ? SIGSTOP : SIGCONT);
 }
 
 QProcessEnvironment PulseServer::clientEnvironment() const {

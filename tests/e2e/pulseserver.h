@@ -28,6 +28,8 @@ public:
     void stop();
     // Ends the daemon at once (SIGKILL), as a crash or an impatient session manager would.
     void kill();
+    // Holds the daemon still (SIGSTOP), as a server that hangs would, or lets it go on.
+    void hold(bool held);
 
     // The environment that points a client (SDL, parec, pactl) at this server and its sink.
     QProcessEnvironment clientEnvironment() const;
