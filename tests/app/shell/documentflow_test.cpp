@@ -286,6 +286,7 @@ TEST_F(DocumentFlow, AFailedSaveAsAbandonsTheWaitingQuit) {
 TEST_F(DocumentFlow, SaveAsTakesAPackageSelectedOrDoubleClickedAsTheWorldToReplace) {
     for (bool doubleClick : {false, true}) {
         const QString existing = makeWorldPackage(QStringLiteral("Taken"));
+        QDir().mkpath(QFileInfo(existing).absolutePath() + QStringLiteral("/Plain"));
         gCurrentWorld->setName(QStringLiteral("Mine"));
         answerNextModal([existing, doubleClick](QWidget* modal) {
             auto* dialog = qobject_cast<WorldSaveDialog*>(modal);
@@ -299,8 +300,12 @@ TEST_F(DocumentFlow, SaveAsTakesAPackageSelectedOrDoubleClickedAsTheWorldToRepla
             if (doubleClick) {
                 Q_EMIT view->activated(package);
             } else {
+                auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+                const QString proposed = name->text();
+                view->setCurrentIndex(files->index(QFileInfo(existing).absolutePath() + QStringLiteral("/Plain")));
+                EXPECT_EQ(name->text(), proposed) << "a plain folder is a place, not a name";
                 view->setCurrentIndex(package);
-                EXPECT_EQ(dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(), "Taken.sylvora");
+                EXPECT_EQ(name->text(), "Taken.sylvora");
                 static_cast<QDialog*>(dialog)->accept();
             }
         });

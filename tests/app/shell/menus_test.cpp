@@ -94,6 +94,7 @@ TEST_F(ShellMenus, DockAndKnownWorldsMenusAreRebuiltWithoutDuplicates) {
     EXPECT_EQ(first.mid(0, 8), (QStringList{"Play", "Open World…", "New World", "-", "Alpha*", "Beta", "-",
                                             dockVolumeSubMenu->title()}));
     EXPECT_EQ(commandOf(*dockMenu->actions().at(0)), command::PLAY_PAUSE);
+    EXPECT_TRUE(dockMenu->actions().at(0)->isEnabled()) << "a world with sounds that is not playing can be played";
     EXPECT_EQ(commandOf(*dockMenu->actions().at(1)), command::OPEN);
     EXPECT_EQ(commandOf(*dockMenu->actions().at(2)), command::NEW);
     EXPECT_EQ(dockMenu->actions().at(7)->menu(), dockVolumeSubMenu);

@@ -155,6 +155,15 @@ TEST_F(StartUpAndOpen, EditsUnsavedAtAnEndingFromOutsideAreOfferedAtTheNextLaunc
     startApp();
     shutDownApp(true);
     EXPECT_FALSE(QFile::exists(recovery));
+
+    // Where they cannot be kept, the ending says so.
+    startApp();
+    gCurrentWorld->setName(QStringLiteral("Creek Lost"));
+    ASSERT_TRUE(QDir(QFileInfo(recovery).absolutePath()).removeRecursively());
+    dir.writeFile(QStringLiteral("state/sylvora"), "");  // a file where its folder would be
+    testing::internal::CaptureStderr();
+    shutDownApp(true);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("could not be kept"), std::string::npos);
     startApp();
 }
 

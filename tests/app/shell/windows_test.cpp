@@ -19,6 +19,7 @@
 #include "app/support/appfixture.h"
 #include "app/windows/mycarbonwindow.h"
 #include "app/windows/textchangenotifier.h"
+#include "core/platform/beep.h"
 
 using namespace sylvora;
 using namespace sylvora::app;
@@ -120,8 +121,18 @@ TEST_F(ShellWindows, ASaveThatDoesNotFindASoundNamesItInTheAlert) {
 
 TEST_F(ShellWindows, HelpShowsItsPageCopiedOutInTheBrowserOrElseInAWindowOfItsOwn) {
     const QByteArray path = qgetenv("PATH");
-    for (const bool browser : {true, false}) {
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/help");
+    struct Case {
+        bool browser;
+        bool cacheWritable;
+    };
+    for (const auto [browser, cacheWritable] : {Case{true, true}, Case{false, true}, Case{true, false}}) {
         SCOPED_TRACE(browser ? "with a browser" : "without one");
+        SCOPED_TRACE(cacheWritable ? "" : "a book that cannot be copied out is read in the window");
+        if (!cacheWritable) {
+            ASSERT_TRUE(QDir(cache).removeRecursively());
+            dir.writeFile(cache.mid(dir.path().size() + 1), "");  // a file where its folder would be
+        }
         const QString bin = dir.makeDir(browser ? QStringLiteral("with") : QStringLiteral("without"));
         if (browser) dir.writeFile(QStringLiteral("with/xdg-open"), "#!/bin/sh\n");
         QFile::setPermissions(bin + QStringLiteral("/xdg-open"), QFile::ReadOwner | QFile::ExeOwner);
@@ -136,11 +147,10 @@ TEST_F(ShellWindows, HelpShowsItsPageCopiedOutInTheBrowserOrElseInAWindowOfItsOw
         for (QWidget* top : QApplication::topLevelWidgets()) {
             if (auto* viewer = qobject_cast<QTextBrowser*>(top); viewer != nullptr && viewer->isVisible()) window = viewer;
         }
-        if (browser) {
+        if (browser && cacheWritable) {
             ASSERT_EQ(stand.opened.size(), 1);
             EXPECT_EQ(stand.opened[0].fragment(), QStringLiteral("groups"));
-            EXPECT_EQ(stand.opened[0].toLocalFile(), QStandardPaths::writableLocation(QStandardPaths::CacheLocation) +
-                                                         QStringLiteral("/help/CreatingAWorld.html"));
+            EXPECT_EQ(stand.opened[0].toLocalFile(), cache + QStringLiteral("/CreatingAWorld.html"));
             EXPECT_TRUE(QFile::exists(stand.opened[0].toLocalFile()));
             EXPECT_TRUE(window.isNull());
         } else {
@@ -152,6 +162,24 @@ TEST_F(ShellWindows, HelpShowsItsPageCopiedOutInTheBrowserOrElseInAWindowOfItsOw
             EXPECT_TRUE(window.isNull());
         }
     }
+}
+
+// The About window's links: plain addresses open in the browser; what no browser should be handed
+// (beyond ASCII, or longer than 255 characters) beeps instead.
+TEST_F(ShellWindows, OnlyShortAsciiAddressesAreHandedToTheBrowser) {
+    int beeps = 0;
+    setSysBeepHook([&beeps] { ++beeps; });
+    BrowserStandIn stand;
+    QDesktopServices::setUrlHandler(QStringLiteral("https"), &stand, "open");
+    const QString site = QStringLiteral("https://sylvora.example/");
+    for (const QString& url : {site, site + QString(255 - site.size(), QLatin1Char('a')), site + QString(QChar(0x80)),
+                               site + QStringLiteral("caf\u00e9"), site + QString(256 - site.size(), QLatin1Char('a'))}) {
+        openURL(url);
+    }
+    QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+    setSysBeepHook({});
+    EXPECT_EQ(stand.opened.size(), 2);
+    EXPECT_EQ(beeps, 3);
 }
 
 #include "windows_test.moc"
