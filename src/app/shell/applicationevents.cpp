@@ -169,6 +169,12 @@ OSStatus doOpenDocsEvent(const QStringList& paths) {
     return status;
 }
 
+bool holdSessionEndForUnsavedChanges() {
+    if (gCurrentWorld == nullptr || !gCurrentWorld->getModified()) return false;
+    postCommand(command::QUIT);
+    return true;
+}
+
 void setTrayAvailable(bool available) { gTrayAvailable = available; }
 bool isTrayAvailable() { return gTrayAvailable; }
 

@@ -38,6 +38,9 @@ bool worldHasSounds();
 void windowClosedByUser();
 // Where no tray is there, shows the Get Info window when no window of the application is visible.
 void showSomethingWhenInvisible();
+// The desktop session is ending (logout, shutdown): with unsaved changes the person is asked as
+// when quitting, and true says the ending must be held for that.
+bool holdSessionEndForUnsavedChanges();
 void setTrayAvailable(bool available);
 bool isTrayAvailable();
 

@@ -83,10 +83,7 @@ void watchWindows() {
 }
 
 void askBeforeLogout(QSessionManager& manager) {
-    if (gCurrentWorld == nullptr || !gCurrentWorld->getModified()) return;
-    // Unsaved changes stop the logout, and the person is asked as when quitting.
-    manager.cancel();
-    postCommand(command::QUIT);
+    if (holdSessionEndForUnsavedChanges()) manager.cancel();
 }
 
 }  // namespace

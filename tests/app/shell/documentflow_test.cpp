@@ -62,6 +62,17 @@ TEST_F(DocumentFlow, QuitAsksNamingTheWorldAndCancelKeepsEverything) {
     EXPECT_TRUE(idle());
     EXPECT_TRUE(gCurrentWorld->getModified());
 
+    // A logout is held and asks the same; with nothing unsaved it goes on unasked.
+    ask.text.clear();
+    answerMessageBox(QMessageBox::Cancel, &ask);
+    EXPECT_TRUE(holdSessionEndForUnsavedChanges());
+    ASSERT_TRUE(waitForAnswers());
+    EXPECT_TRUE(ask.text.contains(QStringLiteral("quit"))) << ask.text.toStdString();
+    EXPECT_TRUE(idle());
+    gCurrentWorld->resetToInitialState();
+    EXPECT_FALSE(holdSessionEndForUnsavedChanges());
+    gCurrentWorld->setName(QStringLiteral("Marsh"));
+
     // A second request while the box is up is dropped with a beep.
     int beeps = 0;
     setSysBeepHook([&beeps] { ++beeps; });
