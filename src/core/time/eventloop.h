@@ -6,7 +6,7 @@
 //
 // Lifecycle: installTimer() -> the callback runs on the main thread, first after `delay` seconds
 // (0: on the loop's next turn, never inside installTimer itself), then every `interval` seconds ->
-// removeTimer(). A callback may install or remove timers, its own included.
+// removeTimer(). A callback may install, rearm or remove timers, its own included.
 // installWatch() -> the callback runs on the main thread, on a turn of the loop, whenever the
 // descriptor has something to read (it must read it, or it is called again at once) ->
 // removeWatch(), also from inside the callback. The loop never owns or closes the descriptor.
@@ -35,6 +35,13 @@ public:
     // [main] A descriptor the loop wakes for, such as a file watcher's.
     virtual EventLoopWatchRef installWatch(int fd, std::function<void()> callback) = 0;
     virtual void removeWatch(EventLoopWatchRef watch) = 0;
+
+    // [main] A repeating timer skips the points of its grid (its first due time plus whole
+    // intervals) that come before `time`: it next fires at the first point at or after `time`,
+    // never at or before a point it has fired at, nor at one already past (a `time` of 0: its next
+    // point from now). A point within a microsecond of `time` counts as at it. Later firings keep
+    // to the grid as before. A one-shot timer ignores it.
+    virtual void rearmTimer(EventLoopTimerRef timer, double time) = 0;
 };
 
 }  // namespace sylvora

@@ -5,6 +5,8 @@
 // whichever loops it links.
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -32,6 +34,14 @@ protected:
 template <typename Record>
 auto findRecord(std::vector<std::unique_ptr<Record>>& records, const void* ref) {
     return std::find_if(records.begin(), records.end(), [ref](const std::unique_ptr<Record>& r) { return r.get() == ref; });
+}
+
+// The number of the first point of a timer's grid (first + n × interval) at or after `time`. A
+// point up to a microsecond early counts: a time worked out as a sum of the same seconds may
+// round a hair past the point it names, and must not cost a whole interval.
+inline std::int64_t gridPointAtOrAfter(double first, double interval, double time) {
+    constexpr double SLACK = 1e-6;
+    return static_cast<std::int64_t>(std::ceil((time - SLACK - first) / interval));
 }
 
 }  // namespace sylvora

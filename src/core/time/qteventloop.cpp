@@ -31,8 +31,10 @@ public:
     std::function<void()> callback;
     double first;
     double interval;
-    std::int64_t fired = 0;
+    std::int64_t fired = 0;  // the grid point it is armed for
+    std::int64_t lastFired = -1;
     bool firing = false;
+    bool rearmed = false;  // by its own callback, which then decides the next point
     bool removed = false;
 };
 
@@ -92,6 +94,24 @@ void QtEventLoop::removeTimer(EventLoopTimerRef ref) {
     }
 }
 
+// [main]
+void QtEventLoop::rearmTimer(EventLoopTimerRef ref, double time) {
+    const auto it = findRecord(timers_, ref);
+    if (it == timers_.end() || (*it)->removed || (*it)->interval <= 0.0) {
+        return;
+    }
+    Timer* timer = it->get();
+    const double now = currentEventTime();
+    const std::int64_t earliest =
+        std::max(timer->lastFired + 1, gridPointAtOrAfter(timer->first, timer->interval, now));
+    timer->fired = std::max(earliest, gridPointAtOrAfter(timer->first, timer->interval, time));
+    if (timer->firing) {
+        timer->rearmed = true;  // fire() arms it once the callback has returned
+    } else {
+        timer->armFor(timer->first + static_cast<double>(timer->fired) * timer->interval, now);
+    }
+}
+
 void QtEventLoop::retire(Timer& timer) {
     const auto it = findRecord(timers_, &timer);
     if (it != timers_.end()) {
@@ -103,6 +123,8 @@ void QtEventLoop::retire(Timer& timer) {
 // [main] Called from the QTimer's timeout; the timers retired earlier are no longer emitting.
 void QtEventLoop::fire(Timer& timer) {
     retired_.clear();
+    timer.lastFired = timer.fired;
+    timer.rearmed = false;
     timer.firing = true;
     timer.callback();
     timer.firing = false;
@@ -114,8 +136,10 @@ void QtEventLoop::fire(Timer& timer) {
         return;  // one-shot: stays installed and silent until removed
     }
     const double now = currentEventTime();
-    const auto passed = static_cast<std::int64_t>(std::floor((now - timer.first) / timer.interval));
-    timer.fired = std::max(timer.fired + 1, passed + 1);
+    if (!timer.rearmed) {
+        const auto passed = static_cast<std::int64_t>(std::floor((now - timer.first) / timer.interval));
+        timer.fired = std::max(timer.fired + 1, passed + 1);
+    }
     timer.armFor(timer.first + static_cast<double>(timer.fired) * timer.interval, now);
 }
 

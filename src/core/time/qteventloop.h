@@ -28,6 +28,7 @@ public:
     void removeTimer(EventLoopTimerRef timer) override;
     EventLoopWatchRef installWatch(int fd, std::function<void()> callback) override;
     void removeWatch(EventLoopWatchRef watch) override;
+    void rearmTimer(EventLoopTimerRef timer, double time) override;
 
 private:
     class Timer;

@@ -40,7 +40,8 @@ public:
     double interval;
     std::uint64_t sequence;
     std::uint64_t installedInTurn;
-    std::int64_t fired = 0;
+    std::int64_t fired = 0;  // the grid point it is due at
+    std::int64_t lastFired = -1;
     bool removed = false;
     bool spent = false;  // a one-shot timer that has fired stays installed, silent, until removed
 };
@@ -72,6 +73,18 @@ EventLoopTimerRef VirtualEventLoop::installTimer(double delay, double interval, 
 // [main]
 void VirtualEventLoop::removeTimer(EventLoopTimerRef timer) { remove(timers_, timer, processing_); }
 
+// [main] The point at the clock counts as not yet past, as the renderer may turn the loop there.
+void VirtualEventLoop::rearmTimer(EventLoopTimerRef ref, double time) {
+    const auto it = findRecord(timers_, ref);
+    if (it == timers_.end() || (*it)->removed || (*it)->interval <= 0.0) {
+        return;
+    }
+    Timer& timer = **it;
+    const std::int64_t earliest =
+        std::max(timer.lastFired + 1, gridPointAtOrAfter(timer.first, timer.interval, currentEventTime() - tolerance_));
+    timer.fired = std::max(earliest, gridPointAtOrAfter(timer.first, timer.interval, time));
+}
+
 // [main]
 void VirtualEventLoop::setAudioTime(double seconds) { audioTime_ = std::max(audioTime_, seconds); }
 
@@ -99,18 +112,17 @@ int VirtualEventLoop::processDueTimers() {
         if (timer->removed) {
             continue;
         }
-        timer->callback();
-        ++fired;
-        if (timer->removed) {
-            continue;
-        }
+        // The next point is settled before the callback, which may rearm the timer past it.
         if (timer->interval > 0.0) {
             // Next grid point after now; missed ones are skipped, as a busy real loop does.
             const auto passed = static_cast<std::int64_t>(std::floor((now + tolerance_ - timer->first) / timer->interval));
+            timer->lastFired = timer->fired;
             timer->fired = std::max(timer->fired + 1, passed + 1);
         } else {
             timer->spent = true;
         }
+        timer->callback();
+        ++fired;
     }
 
     std::erase_if(timers_, [](const std::unique_ptr<Timer>& t) { return t->removed; });

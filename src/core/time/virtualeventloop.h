@@ -43,6 +43,7 @@ public:
     void removeTimer(EventLoopTimerRef timer) override;
     EventLoopWatchRef installWatch(int fd, std::function<void()> callback) override;
     void removeWatch(EventLoopWatchRef watch) override;
+    void rearmTimer(EventLoopTimerRef timer, double time) override;
 
     // [main] Moves the clock to `seconds` of rendered audio; it never goes back.
     void setAudioTime(double seconds);

@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <functional>
+#include <vector>
 
 #include "core/time/qteventloop.h"
 #include "core/time/virtualeventloop.h"
@@ -91,6 +92,47 @@ TEST(VirtualEventLoop, CallbacksMayInstallAndRemoveTimers) {
     EXPECT_EQ(loop.timerCount(), 1);
 }
 
+// A rearmed timer skips the points of its grid before the time given and keeps its grid after it;
+// a time already past (0 among them) means its next point from now, never one it fired at. Its own
+// callback may rearm it, and a one-shot timer ignores it.
+TEST(VirtualEventLoop, RearmedTimersFireAtTheirFirstGridPointAtOrAfterTheTime) {
+    struct Case {
+        const char* what;
+        int afterPoint;              // rearmed once this point's turn is over (-1: never)
+        std::vector<double> times;   // seconds from the origin, in order
+        int inCallbackAt;            // the callback rearms to 0.75 at this point (-1: never)
+        std::vector<int> fired;  // -1: the one-shot, at its own time
+    };
+    const Case cases[] = {
+        {"between points", 1, {0.45}, -1, {0, 1, -1, 5, 6, 7, 8}},
+        {"on a point, or a rounding past it", 1, {0.5 + 5e-7}, -1, {0, 1, -1, 5, 6, 7, 8}},
+        {"later, then back to now", 1, {0.65, 0.0}, -1, {0, 1, 2, 3, -1, 4, 5, 6, 7, 8}},
+        {"a time past", 3, {0.05}, -1, {0, 1, 2, 3, -1, 4, 5, 6, 7, 8}},
+        {"from its own callback", -1, {}, 2, {0, 1, 2, -1, 8}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        VirtualEventLoop loop;
+        std::vector<int> fired;
+        int point = 0;
+        EventLoopTimerRef timer = nullptr;
+        timer = loop.installTimer(0.0, 0.1, [&] {
+            fired.push_back(point);
+            if (point == c.inCallbackAt) loop.rearmTimer(timer, loop.clockOrigin() + 0.75);
+        });
+        const EventLoopTimerRef once = loop.installTimer(0.3, 0.0, [&] { fired.push_back(-1); });
+        for (point = 0; point < 9; ++point) {
+            loop.setAudioTime(point * 0.1);
+            loop.processDueTimers();
+            if (point == c.afterPoint) {
+                for (const double t : c.times) loop.rearmTimer(timer, loop.clockOrigin() + t);
+            }
+            loop.rearmTimer(once, loop.clockOrigin() + 0.1);
+        }
+        EXPECT_EQ(fired, c.fired);
+    }
+}
+
 // Qt's loop: the waits below only bound how long a broken loop may hang the test; nothing asserts
 // on how long anything took.
 bool spinUntil(const std::function<bool()>& done) {
@@ -129,6 +171,21 @@ TEST(QtEventLoop, TimersFireOnTheLoopAndStopWhenRemoved) {
     ASSERT_TRUE(spinUntil([&] { return marker == 1; }));
     EXPECT_EQ(fired, 3) << "a removed timer fired again";
     loop.removeTimer(later);
+
+    // Rearmed from its callback and from outside, a timer keeps to its grid and fires no sooner.
+    std::vector<double> at;
+    EventLoopTimerRef grid = nullptr;
+    const double first = loop.currentEventTime();
+    grid = loop.installTimer(0.0, 0.01, [&] {
+        at.push_back(loop.currentEventTime());
+        if (at.size() == 1) loop.rearmTimer(grid, first + 0.095);
+    });
+    ASSERT_TRUE(spinUntil([&] { return at.size() == 2; }));
+    loop.rearmTimer(grid, at.back() + 0.05);
+    ASSERT_TRUE(spinUntil([&] { return at.size() == 3; }));
+    loop.removeTimer(grid);
+    EXPECT_GE(at[1], first + 0.1);
+    EXPECT_GE(at[2], first + 0.15);
 }
 
 // A watch runs on a turn of its loop while its descriptor has something to read, never before, and
