@@ -163,6 +163,10 @@ void Engine::service() {
     impl_->reclaim();
 }
 
+bool Engine::servicePending() const {
+    return impl_->reclaimPending();
+}
+
 void Engine::setLowLatency(bool wanted) {
     impl_->lowLatency = wanted;
     if (impl_->outputLink)

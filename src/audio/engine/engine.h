@@ -54,6 +54,8 @@ public:
     // [main] Services all instances once (the timer's per-tick call): publishes the ends of plays,
     // and frees what the audio thread released.
     void service();
+    // [main] Instances disposed of are still waiting for service() to free them.
+    bool servicePending() const;
 
     // [main] Asks the output for short latency: true while a person is changing what plays (the
     // editor or a sound preview is open), false when neither is. The output answers at once to

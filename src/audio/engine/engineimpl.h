@@ -32,6 +32,7 @@ struct Engine::Impl {
     OSStatus open(const std::string& path, std::shared_ptr<Voice>& out);  // [main]
     void dispose(std::shared_ptr<Voice> voice);                           // [main]
     void reclaim();                                                       // [main]
+    bool reclaimPending() const { return !dying_.empty(); }              // [main]
     void render(float* interleaved, std::size_t frames) noexcept;         // [RT]
 
     const int sampleRate;

@@ -64,8 +64,11 @@ std::int64_t EngineSoundInstance::position() const {
 }
 
 std::int64_t EngineSoundInstance::time() const {
+    return timeAt(position());
+}
+
+std::int64_t EngineSoundInstance::timeAt(std::int64_t frames) const {
     const SoundSource& source = *voice_->source;
-    const std::int64_t frames = position();
     if (frames >= source.frames)
         return source.sourceFrames;
     const std::int64_t rate = engine_.sampleRate;
@@ -80,6 +83,14 @@ double EngineSoundInstance::rate() const {
 bool EngineSoundInstance::failedToRead() const {
     settle();
     return segment_ != 0 && voice_->unreadSegment.load(std::memory_order_acquire) == segment_;
+}
+
+std::int64_t EngineSoundInstance::assuredTime() const {
+    settle();
+    if (!voice_->source->streamed)
+        return duration();
+    const std::uint64_t filled = voice_->filled.load(std::memory_order_acquire);
+    return timeAt(voiceword::segment(filled) == segment_ ? voiceword::position(filled) : position());
 }
 
 void EngineSoundInstance::fadeNextChange(double seconds) {

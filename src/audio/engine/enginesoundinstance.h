@@ -39,6 +39,7 @@ public:
     bool cueAfter(SoundInstance& predecessor, double overlapSeconds) override;
     bool isCued() const override;
     bool failedToRead() const override;
+    std::int64_t assuredTime() const override;
     void fadeNextChange(double seconds) override;
 
 private:
@@ -54,6 +55,7 @@ private:
     std::uint32_t playSegment();
     bool playing() const;                     // started and not yet at its end
     std::int64_t position() const;            // engine frames
+    std::int64_t timeAt(std::int64_t frames) const;  // engine frames in time units
     void publish(bool play, std::int64_t from);
     void requestRing(std::uint32_t segment, std::int64_t from);
 

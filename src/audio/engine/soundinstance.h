@@ -46,6 +46,11 @@ public:
     // when opened (gone, cut short, replaced by something else). A sound held decoded in memory
     // never fails this way.
     virtual bool failedToRead() const = 0;
+    // [main] How far (in time units) the current play is sure to get unless it is stopped: its end
+    // for a sound held in memory; for a streamed one, the end of what has been read from its file
+    // so far, because a read that fails ends the play only where what was read runs out. Until its
+    // first frames are read, its position.
+    virtual std::int64_t assuredTime() const = 0;
 
     // [main] The next start from the beginning, stop or disposal fades over `seconds` instead of a
     // declick's few milliseconds; a cued handover never fades. This is how one world gives way to

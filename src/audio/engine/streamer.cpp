@@ -247,10 +247,11 @@ void Streamer::openRing(Voice& voice, std::uint64_t want) {
 
 void Streamer::fill(Voice& voice, std::size_t upTo) {
     Voice::StreamState& state = voice.stream;
-    if (!state.reader || !state.ring)
+    if (!state.ring)
         return;
     StreamRing& ring = *state.ring;
-    for (std::size_t held = ring.readableFrames(); !ring.full() && held < upTo; held = ring.readableFrames()) {
+    for (std::size_t held = ring.readableFrames(); state.reader && !ring.full() && held < upTo;
+         held = ring.readableFrames()) {
         std::size_t span = 0;
         float* to = ring.writeSpan(span);
         const std::size_t n = state.reader->read(to, std::min(span, upTo - held));
@@ -259,10 +260,12 @@ void Streamer::fill(Voice& voice, std::size_t upTo) {
             if (state.reader->cameUpShort())
                 voice.unreadSegment.store(ring.segment, std::memory_order_release);
             state.reader.reset();
-            return;
+            break;
         }
         ring.commitWrite(n);
     }
+    // The play cannot end before what the ring holds: the main thread may count on that much.
+    voice.filled.store(voiceword::pack(ring.segment, 0, ring.writtenEnd()), std::memory_order_release);
 }
 
 void Streamer::retire(std::unique_ptr<StreamRing> ring) {

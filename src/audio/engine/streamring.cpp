@@ -57,4 +57,8 @@ std::int64_t StreamRing::readFrame() const noexcept {
     return startFrame + static_cast<std::int64_t>(read_.load(std::memory_order_acquire));
 }
 
+std::int64_t StreamRing::writtenEnd() const noexcept {
+    return startFrame + static_cast<std::int64_t>(written_.load(std::memory_order_acquire));
+}
+
 }  // namespace sylvora::audio

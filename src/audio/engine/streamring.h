@@ -35,6 +35,8 @@ class StreamRing {
     bool exhausted() const noexcept;
     // [any] Engine frame that the next read delivers.
     std::int64_t readFrame() const noexcept;
+    // [any] Engine frame that follows the last one written.
+    std::int64_t writtenEnd() const noexcept;
     std::size_t capacityFrames() const noexcept { return capacity_; }
     bool full() const noexcept { return writableFrames() == 0 || ended_.load(std::memory_order_acquire); }
 

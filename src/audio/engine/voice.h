@@ -84,6 +84,9 @@ class Voice {
     // Written by the streaming thread, read by the main thread: the last segment whose file could
     // not be read as it was measured (gone, cut short, replaced); its play ended there.
     std::atomic<std::uint32_t> unreadSegment{0};
+    // Written by the streaming thread (or an offline main thread), read by the main thread: the
+    // segment of the ring and the engine frame up to which it holds the play.
+    std::atomic<std::uint64_t> filled{0};
 
     // [RT] Applies the latest control word and adds this voice into `out` (interleaved stereo).
     void mix(float* out, std::size_t frames, MixContext& context) noexcept;
