@@ -27,7 +27,7 @@ void PlaySession::begin() {
     startedAt = world.getEventLoop().currentEventTime();
     // The line changes once a second, at the world's tick that turns its clock over: its ticks fall
     // on whole seconds from the start, and riding on them costs no wake-up of the line's own.
-    world.setTickListener([this] { statusTick(); });
+    world.setTickListener([this] { return statusTick(); });
     world.start();
     if (sleepSeconds) {
         sleepTimer = std::make_unique<SleepTimer>(world);
@@ -44,11 +44,12 @@ void PlaySession::begin() {
     showStatus();
 }
 
-void PlaySession::statusTick() {
+double PlaySession::statusTick() {
     const double second = std::floor(elapsed());
     if (second != shownSecond) {
         showStatus();
     }
+    return startedAt + shownSecond + 1.0;  // the tick at which the clock turns over next
 }
 
 void PlaySession::finish(bool immediately) {

@@ -40,7 +40,7 @@ public:
 
 private:
     void showStatus();
-    void statusTick();
+    double statusTick();
     void fadeStep();
 
     World& world;

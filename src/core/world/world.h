@@ -88,6 +88,8 @@ struct MovieEntry {
 
 // The gain at a point of a crossfade; `fraction` is the part of the crossfade that has passed.
 double equalPowerCrossfade(double fraction, bool fadeIn);
+// A time of an instance's own (its position, its duration) in seconds.
+double secondsOf(const audio::SoundInstance& movie, std::int64_t time);
 
 class World {
 public:
@@ -236,8 +238,10 @@ public:
     // The loop sounds left out of the rotation because their files could not be read, by file name.
     QStringList getUnreadableLoopSounds();
     // [main] Called after each tick of the playback timer: a display that follows the world can
-    // ride on it instead of waking the process on a timer of its own.
-    void setTickListener(std::function<void()> listener) { tickListener = std::move(listener); }
+    // ride on it instead of waking the process on a timer of its own. The timer runs only when a
+    // tick has something to do, so the listener answers with the event-clock time by which it
+    // wants the next one (0: none of its own).
+    void setTickListener(std::function<double()> listener) { tickListener = std::move(listener); }
     // [main] Called, from the world's timer or its watch on broken files, whenever a loop sound is
     // left out or comes back.
     void setUnreadableLoopSoundsListener(std::function<void()> listener) { unreadableListener = std::move(listener); }
@@ -294,7 +298,7 @@ private:
     std::function<void()> previewStopper;
     std::function<bool()> saveCanceller;
     std::function<void()> unreadableListener;
-    std::function<void()> tickListener;
+    std::function<double()> tickListener;
 
     // Helpers shared by the concerns' source files.
     LoopSound* findLoopSound(SoundID id);
@@ -333,7 +337,18 @@ private:
     static bool isDue(const MovieEntry& entry, double now, double lead);
     void serviceMovie(MovieEntry& entry, double now, double lead);  // one entry of the timer's walk
     void updateMovieVolume(MovieEntry& entry);         // what the walk sets on a sounding entry
+    std::int16_t volumeAt(const MovieEntry& entry, double position) const;  // ... at that position
     void applyVolumes();                               // the walk's volumes, now
+    bool checkScheduling(bool report) const;           // validateScheduling(), silent when asked
+
+    // When the timer next runs (world_wake.cpp). After a tick it sleeps until the first point of
+    // its grid at which a tick would change anything; after an edit that may change the schedule,
+    // it runs at its next point and works that out again.
+    void sleepUntilNeeded(double listenerWants);
+    void wakeForNextTick();
+    double nextChangeTime(double now) const;
+    double entryChangeTime(const MovieEntry& entry, double now, double lead) const;
+    double soundingChangeTime(const MovieEntry& entry, double now) const;
 
     // Editing helpers (world_editing.cpp).
     void takeAudibleAndPending(SoundID id, bool& audible, double& pendingStart) const;

@@ -220,6 +220,7 @@ void World::setEnvironmentSoundGroupID(SoundID id, GroupID groupID) {
     if (oldGroupID == groupID) {
         return;
     }
+    wakeForNextTick();  // what the tick reports of the two groups changes
 
     bool audible = false;
     double pendingStart = -1.0;

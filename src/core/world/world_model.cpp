@@ -110,6 +110,7 @@ void World::setLoopSoundsCrossFadeDuration(long seconds) {
     }
     loopSoundsCrossFadeDuration = static_cast<std::int32_t>(seconds);
     modified = true;
+    wakeForNextTick();  // every fading volume follows the new curve from the next tick
 }
 
 // ---- Lookups
@@ -308,6 +309,7 @@ void World::setEnvironmentSoundMaxInterval(SoundID id, int value) {
         MovieEntry& entry = movies[static_cast<std::size_t>(i)];
         if (entry.soundID == id && entry.startTime > 0.0 && entry.startTime - now > value) {
             entry.startTime = now + value;
+            wakeForNextTick();
         }
     }
 }

@@ -47,7 +47,10 @@ void copyNameForDiagnostics(const QString& name, NameBuffer& buffer) {
 }  // namespace
 
 // [main]
+// A sound added or removed changes what the tick walks and what it reports, and a disposed
+// instance waits for the tick's service: the timer runs at its next point.
 OSStatus World::loadSoundFileIntoMovieList(bool isLoopSound, SoundID soundID) {
+    wakeForNextTick();
     if (numMovies > MAX_MOVIES - 1) {
         return movieListFullErr;
     }
@@ -111,6 +114,7 @@ int World::getUnscheduledMovie(bool isLoopSound, SoundID soundID) {
 
 // [main]
 int World::removeAllMoviesWithID(SoundID soundID) {
+    wakeForNextTick();
     int kept = 0;
     for (int read = 0; read < numMovies; ++read) {
         MovieEntry& entry = movies[static_cast<std::size_t>(read)];
@@ -153,6 +157,12 @@ std::vector<std::unique_ptr<audio::SoundInstance>> World::takeSoundingMovies() {
 
 // [main]
 void World::validateScheduling() const {
+    checkScheduling(true);
+}
+
+// [main]
+bool World::checkScheduling(bool report) const {
+    bool valid = true;
     const auto scheduledInstancesOf = [this](SoundID soundID) {
         int count = 0;
         for (int i = 0; i < numMovies; ++i) {
@@ -177,6 +187,10 @@ void World::validateScheduling() const {
             }
         }
         if (members > 0 && scheduled != 1) {
+            if (!report) {
+                return false;
+            }
+            valid = false;
             SysBeep(0);
             SysBeep(0);
             copyNameForDiagnostics(group.name, printedName);
@@ -192,6 +206,10 @@ void World::validateScheduling() const {
         }
         const int scheduled = scheduledInstancesOf(sound.id);
         if (scheduled != 1) {
+            if (!report) {
+                return false;
+            }
+            valid = false;
             SysBeep(0);
             SysBeep(0);
             copyNameForDiagnostics(sound.filename, printedName);
@@ -199,6 +217,7 @@ void World::validateScheduling() const {
                          static_cast<int>(sound.id), printedName.data(), scheduled);
         }
     }
+    return valid;
 }
 
 }  // namespace sylvora

@@ -34,11 +34,15 @@ std::int16_t movieVolume(double gain, double volume, double worldVolume) {
 }
 
 double movieSeconds(const audio::SoundInstance& movie) {
-    const std::int32_t timeScale = movie.timeScale();
-    return timeScale > 0 ? static_cast<double>(movie.time()) / timeScale : 0.0;
+    return secondsOf(movie, movie.time());
 }
 
 }  // namespace
+
+double secondsOf(const audio::SoundInstance& movie, std::int64_t time) {
+    const std::int32_t timeScale = movie.timeScale();
+    return timeScale > 0 ? static_cast<double>(time) / timeScale : 0.0;
+}
 
 double equalPowerCrossfade(double fraction, bool fadeIn) {
     if (fadeIn) {
@@ -71,6 +75,7 @@ void World::applyVolumes() {
             updateMovieVolume(entry);
         }
     }
+    wakeForNextTick();
 }
 
 // [main]
@@ -151,6 +156,7 @@ double World::drawVolume(SoundID environmentSound) {
 // Its predecessor is the loop instance due last before it. `startTime` stays the time the tick
 // expects it by; it begins silent when it fades in.
 void World::scheduleMovie(int index, double startTime, double playVolume) {
+    wakeForNextTick();
     MovieEntry& entry = movies[static_cast<std::size_t>(index)];
     entry.startTime = startTime;
     entry.volume = playVolume;
@@ -207,9 +213,7 @@ void World::start() {
     }
     moviesTaskTimerRef = eventLoop.installTimer(0.0, MOVIES_TASK_TIMER_INTERVAL, [this] {
         MOVIES_TASK_TIMER_UPP(moviesTaskTimerRef, this);
-        if (tickListener) {
-            tickListener();
-        }
+        sleepUntilNeeded(tickListener ? tickListener() : 0.0);
     });
     const double now = eventLoop.currentEventTime();
 
@@ -365,9 +369,15 @@ void World::serviceMovie(MovieEntry& entry, double now, double lead) {
 
 void World::updateMovieVolume(MovieEntry& entry) {
     audio::SoundInstance& movie = *entry.movie;
+    const std::int16_t newVolume = volumeAt(entry, movieSeconds(movie));
+    if (newVolume != movie.volume()) {
+        movie.setVolume(newVolume);
+    }
+}
+
+std::int16_t World::volumeAt(const MovieEntry& entry, double position) const {
     double gain = 1.0;
     if (entry.isLoopSound) {
-        const double position = movieSeconds(movie);
         const auto crossfade = static_cast<double>(loopSoundsCrossFadeDuration);
         if (!entry.skipFadeIn && crossfade > position) {
             gain = equalPowerCrossfade(position / crossfade, true);
@@ -375,16 +385,14 @@ void World::updateMovieVolume(MovieEntry& entry) {
             gain = equalPowerCrossfade((position - (entry.duration - crossfade)) / crossfade, false);
         }
     }
-    const std::int16_t newVolume = movieVolume(gain, entry.volume, volume);
-    if (newVolume != movie.volume()) {
-        movie.setVolume(newVolume);
-    }
+    return movieVolume(gain, entry.volume, volume);
 }
 
 // [main] The timer procedure. Sounds may be added while the walk runs (a successor needing a new
 // instance), so the count is read again at every step and new entries are visited this tick.
-// It runs fifteen times a second all day, so it does only what can change: with no entry due it
-// returns after the engine's service (which frees what the audio thread let go).
+// It does only what can change: with no entry due it returns after the engine's service (which
+// frees what the audio thread let go). The timer runs it only at the ticks where something does
+// (world_wake.cpp), and removeLoopSound runs it at once.
 void World::moviesTaskTimer(EventLoopTimerRef /*timer*/, void* world) {
     World& self = *static_cast<World*>(world);
     const double now = self.eventLoop.currentEventTime();
