@@ -93,6 +93,12 @@ TEST_F(EditorFiles, TheSoundDialogListsFoldersAndSampledSoundsOnlyAndChoosePictu
     }
     dialog->reject();
     ASSERT_TRUE(processEventsUntil([this] { return editor().openDialog() == nullptr; }));
+    gPrefs->setDialogFolder(Preferences::DialogFolder::Sounds, inner);  // as the settings of an earlier run hold it
+    clickCommand("ADLS");
+    ASSERT_NE(editor().openDialog(), nullptr);
+    EXPECT_EQ(editor().openDialog()->directory().absolutePath(), inner);
+    editor().openDialog()->reject();
+    ASSERT_TRUE(processEventsUntil([this] { return editor().openDialog() == nullptr; }));
 
     editor().showTab(app::WorldEditorWindow::PICTURE_TAB);
     clickCommand("SELP");
@@ -102,7 +108,7 @@ TEST_F(EditorFiles, TheSoundDialogListsFoldersAndSampledSoundsOnlyAndChoosePictu
     ASSERT_NE(world().getPictureFileAlias(), nullptr);
     EXPECT_FALSE(world().getPicture().isNull());
     // Each dialog keeps its own folder in the settings.
-    EXPECT_EQ(gPrefs->getDialogFolder(Preferences::DialogFolder::Sounds), folder);
+    EXPECT_EQ(gPrefs->getDialogFolder(Preferences::DialogFolder::Sounds), inner);
     EXPECT_EQ(gPrefs->getDialogFolder(Preferences::DialogFolder::Picture), QFileInfo(dir.filePath("x")).absolutePath());
 }
 

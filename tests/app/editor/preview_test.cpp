@@ -97,6 +97,12 @@ TEST_F(EditorPreview, APreviewEndsWhenItsSoundIsRemovedOrTheWorldIsSaved) {
     ASSERT_EQ(editor().getPreviewSoundID(), saved);
     ASSERT_EQ(world().doSave(), noErr);  // over its own package: no file of it may stay open
     EXPECT_EQ(editor().getPreviewSoundID(), 0u);
+    // Nor does a preview outlive the editor's window.
+    editor().startEditing();
+    doubleClick(environmentList(), world().getIndEnvironmentSoundID(0));
+    ASSERT_NE(editor().getPreviewSoundID(), 0u);
+    editor().hide();
+    EXPECT_EQ(editor().getPreviewSoundID(), 0u);
 }
 
 }  // namespace
