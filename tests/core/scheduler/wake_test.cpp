@@ -23,7 +23,8 @@ struct Scenario {
 };
 
 struct Played {
-    std::vector<std::vector<double>> states;  // per tick: each entry's start, rate, volume, done
+    // Per tick: whether instances let go still wait to be freed, each entry's start, rate, volume...
+    std::vector<std::vector<double>> states;
     std::vector<std::uint64_t> sound;         // per tick: a hash of the audio rendered after it
     std::vector<int> wakes;                   // ticks at which the timer ran
 };
@@ -41,7 +42,7 @@ Played play(const Scenario& s, bool everyTick) {
         s.ticks,
         [&](int tick) {
             s.edit(w, tick);
-            std::vector<double> state;
+            std::vector<double> state{w.engine.servicePending() ? 1.0 : 0.0};
             for (int i = 0; i < w.world.getNumMovies(); ++i) {
                 const MovieEntry& e = w.entry(i);
                 state.insert(state.end(), {static_cast<double>(e.soundID), e.startTime, e.movie->rate(),
@@ -99,6 +100,10 @@ TEST(PlaybackTimer, WakesOnlyWhenNeededAndActsAsIfItTickedAlways) {
              w.world.setEnvironmentSoundMaxInterval(bird, 30);
          },
          [](WorldFixture& w, int tick) {
+             if (tick == 15 * 12) {  // what sounds fades out over a second, freed only once it has
+                 for (int i = 0; i < w.world.getNumMovies(); ++i) w.entry(i).movie->fadeNextChange(1.0);
+                 w.world.removeLoopSound(w.world.getIndLoopSoundID(0));
+             }
              if (tick == 15 * 25) w.world.stop();
              if (tick == 15 * 26 + 4) w.world.start();
          },
