@@ -2,9 +2,11 @@
 // that file alone, once; reading it, and changing its neighbours, shows nothing.
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFile>
 #include <cstdio>
 #include <functional>
@@ -56,6 +58,25 @@ TEST(FileWatcher, ReportsEachWayAFileIsMendedOrLostAndNothingElse) {
         EXPECT_EQ(watcher.takeChanged(), std::vector<QString>{watched});
         EXPECT_TRUE(watcher.takeChanged().empty()) << "each change is taken once";
     }
+}
+
+// A folder speaks for a watched file in it, or for all of them when it goes itself (deleted, its
+// drive unmounted), but its own attributes say nothing; and a file left out of the set wakes no one.
+TEST(FileWatcher, AFolderSpeaksOnlyForTheFilesWatchedInIt) {
+    const test::TempDir dir;
+    const QString gone = dir.makeDir(QStringLiteral("one")) + QStringLiteral("/gone.wav");
+    const QString left = dir.writeFile(QStringLiteral("two/left.wav"), "garbage");
+    FileWatcher watcher;
+    watcher.watch({gone, left});
+    watcher.watch({gone});
+    watcher.takeChanged();
+    ASSERT_TRUE(QFile::remove(left));
+    pollfd readable{watcher.descriptor(), POLLIN, 0};
+    EXPECT_EQ(poll(&readable, 1, 0), 0);
+    ASSERT_EQ(chmod(QFile::encodeName(dir.filePath(QStringLiteral("one"))).constData(), 0700), 0);
+    EXPECT_TRUE(watcher.takeChanged().empty());
+    ASSERT_TRUE(QDir(dir.filePath(QStringLiteral("one"))).removeRecursively());
+    EXPECT_EQ(watcher.takeChanged(), std::vector<QString>{gone});
 }
 
 }  // namespace
