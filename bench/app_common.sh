@@ -7,7 +7,7 @@ app="$build/src/app/sylvora"
 # Starts Xvfb on the first free display and exports DISPLAY.
 start_x() {
   local fifo="$scratch/display"
-  Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3> "$fifo" 2> "$scratch/xvfb.log" &
+  "$e2e_scripts/private-x.sh" 1280x800 > "$fifo" 2> "$scratch/xvfb.log" &
   local x_pid=$!
   cleanups+=("kill $x_pid 2>/dev/null; wait $x_pid 2>/dev/null")
   local tries=0

@@ -9,7 +9,7 @@ picture=${3:-1920x1200}
 # Xvfb picks a free display and says which once it accepts clients, so runs back to back never race
 # for one another's display.
 exec {ready}<> <(:)
-Xvfb -displayfd "$ready" -screen 0 2048x1400x24 -nolisten tcp > /dev/null 2>&1 &
+"$(dirname "$0")/../tests/e2e/private-x.sh" 2048x1400 >&"$ready" 2> /dev/null &
 xvfb=$!
 trap 'kill "$xvfb" 2> /dev/null || true' EXIT
 read -r -t 10 number <&"$ready"

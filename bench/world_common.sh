@@ -2,6 +2,7 @@
 # built programs, CPU and memory readings from /proc, and a private PulseAudio server.
 
 build=$(cd "${1:-build}" && pwd)
+e2e_scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")/../tests/e2e" && pwd)
 cli="$build/src/cli/sylvora-cli"
 synth="$build/tools/examplesynth/examplesynth"
 for program in "$cli" "$synth"; do
@@ -33,19 +34,15 @@ now() { date +%s.%N; }
 # need to reach it.
 start_pulse() {
   local dir="$scratch/pulse"
-  mkdir -p "$dir/run/pulse" "$dir/home" "$dir/state"
-  chmod 700 "$dir/run"
-  export XDG_RUNTIME_DIR="$dir/run" PULSE_RUNTIME_PATH="$dir/run/pulse" PULSE_STATE_PATH="$dir/state"
-  export HOME="$dir/home"
-  pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=false --system=false --log-target=stderr \
-    --load="module-null-sink sink_name=sylvora_bench rate=48000" \
-    --load="module-native-protocol-unix socket=$dir/run/native auth-anonymous=1" 2> "$dir/log" &
+  "$e2e_scripts/private-pulse.sh" "$dir" sylvora_bench 2> "$scratch/pulse.log" &
   pulse_pid=$!
   cleanups+=("kill $pulse_pid 2>/dev/null; wait $pulse_pid 2>/dev/null")
-  export PULSE_SERVER="unix:$dir/run/native" PULSE_SINK=sylvora_bench
+  # The clients share the daemon's folders, so that none of them writes to the user's.
+  export XDG_RUNTIME_DIR="$dir/run" PULSE_RUNTIME_PATH="$dir/run/pulse" PULSE_STATE_PATH="$dir/state"
+  export HOME="$dir/home" PULSE_SERVER="unix:$dir/run/native" PULSE_SINK=sylvora_bench
   local tries=0
   until pactl info > /dev/null 2>&1; do
-    kill -0 "$pulse_pid" 2>/dev/null || { cat "$dir/log" >&2; echo "pulseaudio did not start" >&2; exit 1; }
+    kill -0 "$pulse_pid" 2>/dev/null || { cat "$scratch/pulse.log" >&2; echo "pulseaudio did not start" >&2; exit 1; }
     ((++tries < 200)) || { echo "pulseaudio does not answer" >&2; exit 1; }
     sleep 0.05
   done

@@ -12,8 +12,7 @@ out=data/screenshots
 mkdir -p "$out"
 
 scratch=$(mktemp -d)
-display=:$((100 + $$ % 400))
-Xvfb "$display" -screen 0 1280x900x24 -nolisten tcp >/dev/null 2>&1 &
+tests/e2e/private-x.sh 1280x900 > "$scratch/display" 2> /dev/null &
 xvfb=$!
 pids=()
 cleanup() {
@@ -22,13 +21,12 @@ cleanup() {
   rm -rf "$scratch"
 }
 trap cleanup EXIT
-export DISPLAY=$display HOME=$scratch XDG_CONFIG_HOME=$scratch/config XDG_DATA_HOME=$scratch/data
-export XDG_RUNTIME_DIR=$scratch QT_QPA_PLATFORM=xcb PULSE_SERVER=unix:$scratch/pulse-native
-pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=false --system=false \
-  --load="module-null-sink sink_name=screenshots" \
-  --load="module-native-protocol-unix socket=$scratch/pulse-native auth-anonymous=1" >/dev/null 2>&1 &
+tests/e2e/private-pulse.sh "$scratch/pulse" screenshots > /dev/null 2>&1 &
 pids+=($!)
-for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && pactl info >/dev/null 2>&1 && break; sleep 0.1; done
+for _ in $(seq 50); do [[ -s $scratch/display ]] && break; sleep 0.1; done
+export DISPLAY=:$(head -n 1 "$scratch/display") HOME=$scratch XDG_CONFIG_HOME=$scratch/config XDG_DATA_HOME=$scratch/data
+export XDG_RUNTIME_DIR=$scratch QT_QPA_PLATFORM=xcb PULSE_SERVER=unix:$scratch/pulse/run/native
+for _ in $(seq 50); do pactl info >/dev/null 2>&1 && break; sleep 0.1; done
 
 # Grabs the window whose title matches $1 into $2, once it has been drawn.
 grab() {

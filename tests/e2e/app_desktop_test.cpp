@@ -53,11 +53,7 @@ QString writeToneWorld(const TempDir& temp, const QString& name, double frequenc
 class XServer {
 public:
     bool start(QString& why) {
-        server.setProgram(QStringLiteral("Xvfb"));
-        server.setArguments({QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                             QStringLiteral("0"), QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"),
-                             QStringLiteral("tcp")});
-        server.start();
+        server.start(QStringLiteral(SYLVORA_E2E_SCRIPTS "/private-x.sh"), {QStringLiteral("1024x768")});
         if (!server.waitForStarted(5000)) {
             why = server.errorString();
             return false;

@@ -10,9 +10,8 @@ namespace sylvora::test {
 
 PulseServer::PulseServer(const QString& base) : folder(base) {
     const QDir dir(folder);
-    for (const char* sub : {"run", "run/pulse", "home", "state"}) dir.mkpath(QLatin1String(sub));
-    QFile::setPermissions(dir.filePath(QStringLiteral("run")), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     socketPath = dir.filePath(QStringLiteral("run/native"));
+    // The clients share the daemon's folders (private-pulse.sh), so that none of them writes to the user's.
     environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), dir.filePath(QStringLiteral("run")));
     environment.insert(QStringLiteral("PULSE_RUNTIME_PATH"), dir.filePath(QStringLiteral("run/pulse")));
@@ -34,15 +33,8 @@ bool PulseServer::start(QString& why) {
         return false;
     }
     daemon = std::make_unique<QProcess>();
-    daemon->setProcessEnvironment(environment);
     daemon->setProcessChannelMode(QProcess::MergedChannels);
-    // -n: no default configuration, only the two modules below. As root the daemon warns that it
-    // is meant for system mode but serves a private per-user instance all the same.
-    daemon->start(binary, {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
-                           QStringLiteral("--use-pid-file=false"), QStringLiteral("--system=false"),
-                           QStringLiteral("--log-target=stderr"),
-                           QStringLiteral("--load=module-null-sink sink_name=%1 rate=48000").arg(QLatin1String(SINK_NAME)),
-                           QStringLiteral("--load=module-native-protocol-unix socket=%1 auth-anonymous=1").arg(socketPath)});
+    daemon->start(QStringLiteral(SYLVORA_E2E_SCRIPTS "/private-pulse.sh"), {folder, QLatin1String(SINK_NAME)});
     if (!daemon->waitForStarted(-1)) {
         why = QStringLiteral("pulseaudio could not be started: %1").arg(daemon->errorString());
         return false;

@@ -2,7 +2,8 @@
 
 // A PulseAudio daemon of the test's own: a private runtime folder, a null sink named
 // "sylvora_test" (whose monitor can be recorded) and a native socket that only this test's
-// processes are pointed at. It does not touch the user's sound server or settings.
+// processes are pointed at. It does not touch the user's sound server or settings. The daemon is
+// started by private-pulse.sh beside this file, which the figure scripts in bench/ start too.
 
 #include <QProcess>
 #include <QProcessEnvironment>
