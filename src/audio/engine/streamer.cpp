@@ -194,18 +194,27 @@ bool Streamer::serve(Voice& voice, bool stalled) {
     Voice::StreamState& state = voice.stream;
     const std::uint64_t status = voice.status.load(std::memory_order_acquire);
     const bool playedOut = voiceword::segment(status) == voiceword::segment(want) && voiceword::flagA(status);
+    const std::uint64_t control = voice.control.load(std::memory_order_acquire);
+    const bool quiet = voiceword::segment(status) == voiceword::segment(control) &&
+                       !voiceword::flagB(status) && (!voiceword::flagA(control) || voiceword::flagA(status));
     if (voiceword::flagA(want) && !playedOut) {
-        if (!state.ring || state.ring->segment != voiceword::segment(want))
+        if (!state.ring || state.ring->segment != voiceword::segment(want)) {
+            // A play only readied must not take the ring from the fade-out of the one just
+            // stopped: whether that fade were heard would hang on when this thread got here, and
+            // a stop and a start in one tick would sound different from run to run. Once the new
+            // play starts (or is cued) it needs its frames and takes the ring as it stands.
+            const bool begun = (voiceword::flagA(control) || voiceword::flagB(control)) &&
+                               voiceword::segment(control) == voiceword::segment(want);
+            if (state.ring && !quiet && !begun && !stalled)
+                return true;
             openRing(voice, want);
+        }
         fill(voice);
         return false;
     }
     if (!state.ring)
         return false;
     // Not wanted any more: keep the ring until the audio thread has played the stop's fade-out.
-    const std::uint64_t control = voice.control.load(std::memory_order_acquire);
-    const bool quiet = voiceword::segment(status) == voiceword::segment(control) &&
-                       !voiceword::flagB(status) && (!voiceword::flagA(control) || voiceword::flagA(status));
     if (!quiet && !stalled)
         return true;
     voice.ring.store(nullptr, std::memory_order_seq_cst);
