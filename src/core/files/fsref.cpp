@@ -102,18 +102,15 @@ OSStatus FSPathMakeRef(const QString& path, FSRef& out) {
     return noErr;
 }
 
-bool FSGetObjectIdentity(const FSRef& ref, FSObjectIdentity& out) {
-    struct stat info {};
-    if (ref.path.isEmpty() || ::stat(nativepath::encode(ref.path).constData(), &info) != 0)
-        return false;
-    out = FSObjectIdentity{info.st_dev, info.st_ino};
-    return true;
+bool FSGetObjectIdentity(const FSRef& ref, FileIdentity& out) {
+    return !ref.path.isEmpty() && readFileIdentity(AT_FDCWD, nativepath::encode(ref.path).constData(), out);
 }
 
 bool FSCompareFSRefs(const FSRef& a, const FSRef& b) {
-    FSObjectIdentity first;
-    FSObjectIdentity second;
-    return FSGetObjectIdentity(a, first) && FSGetObjectIdentity(b, second) && first == second;
+    FileIdentity first;
+    FileIdentity second;
+    return FSGetObjectIdentity(a, first) && FSGetObjectIdentity(b, second) && first.device == second.device &&
+           first.inode == second.inode;
 }
 
 QString FSGetName(const FSRef& ref) {

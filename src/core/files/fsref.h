@@ -5,10 +5,9 @@
 // each returns a status from util/status.h and maps errno through statusFromErrno.
 
 #include <QString>
-#include <compare>
-#include <cstdint>
 #include <vector>
 
+#include "core/files/fileidentity.h"
 #include "util/status.h"
 
 namespace sylvora {
@@ -23,14 +22,9 @@ OSStatus FSPathMakeRef(const QString& path, FSRef& out);
 // Identity of two resolved objects: same device and inode. Two paths of one file are the same
 // object; two files with the same name are not.
 bool FSCompareFSRefs(const FSRef& a, const FSRef& b);
-// The identity FSCompareFSRefs compares, to look many objects up by; false when the object cannot
-// be looked at.
-struct FSObjectIdentity {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    auto operator<=>(const FSObjectIdentity&) const = default;
-};
-bool FSGetObjectIdentity(const FSRef& ref, FSObjectIdentity& out);
+// The identity of the object a reference names, to look many objects up by (FSCompareFSRefs
+// compares its device and inode); false when the object cannot be looked at.
+bool FSGetObjectIdentity(const FSRef& ref, FileIdentity& out);
 
 // The object's own name (last path component), as the catalogue stores it.
 QString FSGetName(const FSRef& ref);

@@ -41,7 +41,7 @@ QString Preferences::getIndKnownWorldName(int index) const {
 // record on a drive that is not plugged in is passed over instead: ending there would hide every
 // world after it, which would then be added again at every lookup.
 int Preferences::findKnownWorld(const FSRef& package) const {
-    FSObjectIdentity wanted;
+    FileIdentity wanted;
     if (!FSGetObjectIdentity(package, wanted)) return -1;
     for (int i = 0; i < numKnownWorlds; ++i) {
         FSRef resolved;
@@ -49,8 +49,9 @@ int Preferences::findKnownWorld(const FSRef& package) const {
             FSResolveAliasWithoutSearch(*knownWorlds[static_cast<std::size_t>(i)].alias, resolved);
         if (status == nsvErr) continue;
         if (status != noErr) return -1;
-        FSObjectIdentity identity;
-        if (FSGetObjectIdentity(resolved, identity) && identity == wanted) return i;
+        FileIdentity identity;
+        if (FSGetObjectIdentity(resolved, identity) && identity.device == wanted.device && identity.inode == wanted.inode)
+            return i;
     }
     return -1;
 }

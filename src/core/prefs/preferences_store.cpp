@@ -106,7 +106,7 @@ void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
     clearKnownWorlds();
     // Each package found is looked up here rather than by updateKnownWorlds, which would look at
     // every record before it: reading a long list would take a time that grows with its square.
-    std::map<FSObjectIdentity, int> recordOfPackage;
+    std::map<std::pair<quint64, quint64>, int> recordOfPackage;  // device and inode
     for (const QVariant& item : array) {
         if (!holds(item, QMetaType::QVariantMap)) continue;
         const QVariantMap element = item.toMap();
@@ -132,13 +132,13 @@ void Preferences::extractKnownWorldsFromCFArray(const QVariantList& array) {
             knownWorldsNeedSorting = true;
             continue;
         }
-        FSObjectIdentity identity;
+        FileIdentity identity;
         if (!FSGetObjectIdentity(resolved, identity)) continue;
-        const auto known = recordOfPackage.find(identity);
+        const auto known = recordOfPackage.find({identity.device, identity.inode});
         if (known != recordOfPackage.end()) {
             recordKnownWorld(known->second, *alias, resolved, storedName);
         } else if (numKnownWorlds < MAX_KNOWN_WORLDS) {
-            recordOfPackage.emplace(identity, numKnownWorlds);
+            recordOfPackage.emplace(std::pair{identity.device, identity.inode}, numKnownWorlds);
             recordKnownWorld(-1, *alias, resolved, storedName);
         }
     }
