@@ -2,8 +2,8 @@
 # What a loop sound whose file breaks under a playing world costs: sylvora-cli plays a world of two
 # ten-second loops (44.1 kHz FLAC, crossfade 0, so each turn reads a file afresh) into a private
 # PulseAudio null sink; its CPU is measured over a round with both files intact, then one file is
-# replaced by garbage (renamed over it, as a careless copy would), given two loop turns to be tried
-# once, and measured again over a round of the same length. Rounds alternate on fresh players, and
+# replaced by garbage (renamed over it, as a careless copy would), and once the player says it
+# cannot read it, measured again over a round of the same length. Rounds alternate on fresh players, and
 # the least round of each kind counts: noise on a shared machine only adds.
 # Usage: bench/broken_loop_cpu.sh [build-dir] [rounds, default 3] [seconds per round, default 20]
 set -euo pipefail
@@ -27,7 +27,14 @@ one_round() {  # one_round intact|broken: prints the CPU %
   if [[ $1 == broken ]]; then
     cp "$scratch/garbage" "$world/Loop Sounds/breeze.flac.new"
     mv "$world/Loop Sounds/breeze.flac.new" "$world/Loop Sounds/breeze.flac"
-    sleep 20  # two turns: the broken sound is picked, fails once and sits out
+    # Measured only once the broken sound has been picked (the draw decides when), has failed once
+    # and sits out, with the one search for where its file went behind it.
+    local waited=0
+    until grep -q 'cannot read' "$scratch/status.$1" 2> /dev/null; do
+      sleep 1
+      if ((++waited > 180)); then echo "the broken sound was never tried" >&2; kill -INT "$pid"; return 1; fi
+    done
+    sleep 2
   fi
   cpu_over_round "$pid"
   kill -INT "$pid"
