@@ -70,6 +70,32 @@ TEST(Memory, LongSoundIsStreamedThroughARingHeldOnlyWhileNeeded) {
     renderFrames(engine, 2048);
     engine.waitForStreams();
     EXPECT_EQ(engine.ringsInUse(), 0u) << "stop releases the ring once its fade has played";
+
+    // Readied again the moment it stops, the new play waits for the fade-out to be played, and
+    // not for its own start, before it takes the ring.
+    sound->start();
+    renderFrames(engine, 2048);
+    sound->stop();
+    sound->goToBeginning();
+    sound->prepareToStart();
+    renderFrames(engine, 2048);
+    sound->start();
+    engine.render(block.data(), 512);
+    EXPECT_GT(peak(block, 64), 0.3) << "a play readied during a fade-out sounds in its first block";
+    EXPECT_EQ(engine.underruns(), 0u);
+
+    // Cued the moment it stops, on a sound that ends before its long fade-out does, it takes the
+    // ring at once: the cue fires first.
+    ToneSpec blip = tone;
+    blip.seconds = 0.004;
+    auto before = openOrFail(engine, makeSound(dir, QStringLiteral("blip.wav"), blip));
+    before->start();
+    sound->fadeNextChange(0.1);
+    sound->stop();
+    sound->goToBeginning();
+    ASSERT_TRUE(sound->cueAfter(*before, 0.0));
+    EXPECT_GT(peak(renderFrames(engine, 2048), 1024), 0.3) << "the cued play sounds";
+    EXPECT_EQ(engine.underruns(), 0u);
 }
 
 TEST(Memory, DisposingPlayingInstancesIsSafeMidMix) {
