@@ -108,16 +108,27 @@ TEST_F(MakeTest, InterruptedMakeLeavesNothingBehind) {
     const QString package = out + QStringLiteral("/Many.sylvora");
     for (const int signalNumber : {SIGINT, SIGTERM}) {
         SCOPED_TRACE(signalNumber);
-        QProcess process;
-        process.start(QStringLiteral(SYLVORA_CLI_PATH), {"make", dir.filePath(QStringLiteral("Many")), "-o", package});
-        ASSERT_TRUE(process.waitForStarted(-1));
-        // Under way once its temporary package appears beside the destination.
-        while (QDir(out).isEmpty() && process.state() == QProcess::Running) QThread::msleep(5);
-        ::kill(static_cast<pid_t>(process.processId()), signalNumber);
-        ASSERT_TRUE(process.waitForFinished(-1));
-        EXPECT_EQ(process.exitCode(), 128 + signalNumber);
-        EXPECT_TRUE(QString::fromUtf8(process.readAllStandardError()).contains(QStringLiteral("interrupted")));
-        EXPECT_TRUE(QDir(out).isEmpty()) << QDir(out).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).join(u',').toStdString();
+        // On a busy machine a make can end before the signal lands: such a try proves nothing, and
+        // is made again.
+        bool interrupted = false;
+        for (int attempt = 0; attempt < 20 && !interrupted; ++attempt) {
+            QProcess process;
+            process.start(QStringLiteral(SYLVORA_CLI_PATH), {"make", dir.filePath(QStringLiteral("Many")), "-o", package});
+            ASSERT_TRUE(process.waitForStarted(-1));
+            // Under way once its temporary package appears beside the destination.
+            while (QDir(out).isEmpty() && process.state() == QProcess::Running) QThread::msleep(1);
+            if (process.state() == QProcess::Running) ::kill(static_cast<pid_t>(process.processId()), signalNumber);
+            ASSERT_TRUE(process.waitForFinished(-1));
+            if (process.exitCode() == 0) {
+                ASSERT_TRUE(QDir(package).removeRecursively());
+                continue;
+            }
+            interrupted = true;
+            EXPECT_EQ(process.exitCode(), 128 + signalNumber);
+            EXPECT_TRUE(QString::fromUtf8(process.readAllStandardError()).contains(QStringLiteral("interrupted")));
+            EXPECT_TRUE(QDir(out).isEmpty()) << QDir(out).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).join(u',').toStdString();
+        }
+        EXPECT_TRUE(interrupted);
     }
 }
 
