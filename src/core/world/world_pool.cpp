@@ -87,8 +87,7 @@ OSStatus World::loadSoundFileIntoMovieList(bool isLoopSound, SoundID soundID) {
     entry.isLoopSound = isLoopSound;
     entry.skipFadeIn = false;
     entry.soundID = soundID;
-    const std::int32_t timeScale = movie->timeScale();
-    entry.duration = timeScale > 0 ? static_cast<double>(movie->duration()) / timeScale : 0.0;
+    entry.duration = secondsOf(*movie, movie->duration());
     entry.movie = std::move(movie);
     entry.volume = 1.0;
     entry.startTime = -1.0;

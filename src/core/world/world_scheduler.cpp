@@ -33,10 +33,6 @@ std::int16_t movieVolume(double gain, double volume, double worldVolume) {
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(truncated & 0xFFFF));
 }
 
-double movieSeconds(const audio::SoundInstance& movie) {
-    return secondsOf(movie, movie.time());
-}
-
 }  // namespace
 
 double secondsOf(const audio::SoundInstance& movie, std::int64_t time) {
@@ -288,7 +284,7 @@ void World::scheduleNextLoopSound(double now) {
     for (int i = 0; i < numMovies; ++i) {
         const MovieEntry& entry = movies[static_cast<std::size_t>(i)];
         if (entry.isLoopSound && entry.startTime > 0.0 && now >= entry.startTime) {
-            next = now + (entry.duration - movieSeconds(*entry.movie)) - loopSoundsCrossFadeDuration;
+            next = now + (entry.duration - secondsOf(*entry.movie, entry.movie->time())) - loopSoundsCrossFadeDuration;
             break;
         }
     }
@@ -369,7 +365,7 @@ void World::serviceMovie(MovieEntry& entry, double now, double lead) {
 
 void World::updateMovieVolume(MovieEntry& entry) {
     audio::SoundInstance& movie = *entry.movie;
-    const std::int16_t newVolume = volumeAt(entry, movieSeconds(movie));
+    const std::int16_t newVolume = volumeAt(entry, secondsOf(movie, movie.time()));
     if (newVolume != movie.volume()) {
         movie.setVolume(newVolume);
     }

@@ -97,8 +97,7 @@ void World::reviveChangedLoopSounds() {
             }
             entry.movie = std::move(fresh);
             wakeForNextTick();  // the tick's service frees the old one
-            const std::int32_t timeScale = entry.movie->timeScale();
-            entry.duration = timeScale > 0 ? static_cast<double>(entry.movie->duration()) / timeScale : 0.0;
+            entry.duration = secondsOf(*entry.movie, entry.movie->duration());
         }
         revived = revived || !sound.unreadable;
     }
